@@ -1,0 +1,226 @@
+#pragma once
+#include <Dync/DynBaseConstraint.h>
+#include <Dyns/DynsBody.h>
+#include <Kit/KitApi.h>
+#include <Kit/KitTypes.h>
+
+#include <cstdint>
+
+struct DynWorld;
+struct KitPool;
+namespace Hy {
+class HyPart;
+}
+
+/// When a body may fall asleep: below all four thresholds, and awake for at least alive_window steps.
+struct DynAutoDisableParams {
+    KitReal vel_thresh = 0.14;     ///< m/s
+    KitReal velrot_thresh = 0.03;  ///< rad/s
+    KitReal acc_thresh = 0.045;    ///< m/s^2
+    KitReal accrot_thresh = 0.045; ///< rad/s^2
+    int alive_window = 10;         ///< steps
+};
+
+enum DynGraphNodeColor : int {
+    kDynGraphNodeWhite = 0,
+    kDynGraphNodeGrey = 1,
+    kDynGraphNodeBlack = 2,
+};
+
+/// What the partitioner knows of a body.
+struct DynGraphNodeData {
+    int color = kDynGraphNodeWhite;
+    int distance = 0;
+    int idx = -1;
+    int special_add = 0;
+};
+
+/// A constraint's place in the list of one of its bodies.
+struct KitCListNode {
+    DynBaseConstraint* constraint;
+    int slot; ///< the body slot of the constraint that this node stands for
+    KitCListNode* next;
+    KitCListNode** tome; ///< address of the pointer to this node
+};
+
+/// Values of DynBody::stateFlags; 0 is a dynamic body.
+enum DynBodyState : unsigned {
+    kDynBodyFrozen = 1,
+    kDynBodyKinematic = 2,
+};
+
+/// Chooses a friction direction for a contact of the body.
+using DynFrictionDirectionCB = void (*)(DynBaseConstraint* contact, DynBody* body, void* data);
+
+/// A rigid body. kiroBody is what the solver reads; it comes first and lies on its own cache lines.
+struct DynBody {
+    DynsBody kiroBody;
+    // Read in each step.
+    KitMatrix4 bodyTM;                        ///< transform of the body frame, world
+    KitMatrix4 comToBodyTM;                   ///< from the centre of mass to the body frame
+    KitVector4 impulseLinear, impulseAngular; ///< waiting for the next step, N s, N m s
+    KitReal mass;                             ///< kg
+    DynBody* enabledNext;
+    DynBody** enabledTome;
+    DynBody* rootParent; ///< merge root, itself if not merged
+    KitCListNode* constraintList;
+    DynAutoDisableParams autoDisableParams;
+    DynGraphNodeData node_data;
+    int enabledTime;     ///< -1 disabled; otherwise steps since enabled
+    unsigned stateFlags; ///< DynBodyState
+    int partitionIndex;
+    bool useBodyOffset; ///< the centre of mass differs from the body frame
+    bool impulseAdded;  ///< an impulse is waiting
+    bool processedByPartitioner;
+    std::uint64_t solvedStep; ///< the world step that solved it last
+    std::uint64_t serial;     ///< order of creation, never repeated in a process
+    // Read when the state changes.
+    DynWorld* world;
+    DynBody* next;
+    DynBody** tome;
+    Hy::HyPart* mPart; ///< back reference, may be null
+    DynFrictionDirectionCB frictionDirectionCB;
+    void* frictionDirectionCBData;
+    KitReal safeTime;                   ///< s
+    KitVector3 lastForce, lastTorque;   ///< total load of the last finished step
+    KitVector3 savedForce, savedTorque; ///< user load saved for substeps
+    /// Impulses consumed by the present step, re-armed if it is reverted.
+    KitVector3 consumedImpulseLinear, consumedImpulseAngular;
+    bool impulseConsumed;
+};
+
+/// Defaults of new bodies. Life of a body outside a world; a world's pool is used when world is given.
+HY_API void DynBodySetDefaultAutoDisableParams(const DynAutoDisableParams& params);
+[[nodiscard]] HY_API const DynAutoDisableParams& DynBodyGetDefaultAutoDisableParams();
+/// A body in its initial state (mass 1 kg, sphere inertia 0.4, at the origin, dynamic, disabled) from
+/// the world's pool, not yet inserted. Null if the pool cannot grow.
+[[nodiscard]] HY_API DynBody* DynBodyCreate(DynWorld* world);
+[[nodiscard]] HY_API DynBody* DynBodyCreateInPool(KitPool* pool);
+HY_API void DynBodyDestroy(DynBody* body);
+HY_API void DynBodyDestroyInPool(DynBody* body, KitPool* pool);
+HY_API void DynBodyReset(DynBody* body);
+/// Not provided: a fatal error.
+HY_API void DynBodyCopy(DynBody* to, const DynBody* from);
+HY_API void DynBodyResetDynamics(DynBody* body);
+/// Keeps the sum of user and constraint load as the last load, then zeroes both.
+HY_API void DynBodyResetForces(DynBody* body);
+HY_API void DynBodyResetVelocityAndAcceleration(DynBody* body);
+HY_API void DynBodySaveUserForces(DynBody* body);
+/// Adds the saved load to the present one, so that what hooks have added meanwhile stays.
+HY_API void DynBodyRestoreUserForces(DynBody* body);
+/// Gives back the impulses that the present step consumed.
+HY_API void DynBodyRearmImpulses(DynBody* body);
+
+HY_API void DynBodyEnable(DynBody* body);
+HY_API void DynBodyDisable(DynBody* body);
+HY_API void DynBodyEnableNoCB(DynBody* body);
+HY_API void DynBodyDisableNoCB(DynBody* body);
+[[nodiscard]] HY_API bool DynBodyIsEnabled(const DynBody* body);
+HY_API void DynBodyEnableConnectedBodies(DynBody* body);
+HY_API void DynBodyFreeze(DynBody* body);
+HY_API void DynBodyUnFreeze(DynBody* body);
+[[nodiscard]] HY_API bool DynBodyIsFrozen(const DynBody* body);
+HY_API void DynBodyMakeDynamic(DynBody* body);
+HY_API void DynBodyMakeKinematic(DynBody* body);
+[[nodiscard]] HY_API bool DynBodyIsDynamic(const DynBody* body);
+[[nodiscard]] HY_API bool DynBodyIsKinematic(const DynBody* body);
+[[nodiscard]] HY_API bool DynBodyIsMovingTest(const DynBody* body);
+[[nodiscard]] HY_API int DynBodyGetEnabledTime(const DynBody* body);
+HY_API void DynBodySetEnabledTime(DynBody* body, int steps);
+
+// Transforms of the body frame, world axes. What is not finite is refused with a warning.
+HY_API void DynBodySetTransform(DynBody* body, const KitMatrix4 tm);
+/// Moves the body and keeps the attachments of its constraints where they stand in the world.
+HY_API void DynBodySetTransformAndUpdateConstraintAttachments(DynBody* body, const KitMatrix4 tm);
+HY_API void DynBodyGetTransform(const DynBody* body, KitMatrix4 tm);
+HY_API void DynBodySetPosition(DynBody* body, const KitVector3 position);
+HY_API void DynBodySetOrientation(DynBody* body, const KitMatrix3 rotation);
+HY_API void DynBodySetQuaternion(DynBody* body, const KitVector4 q);
+HY_API void DynBodyGetPosition(const DynBody* body, KitVector3 position);
+HY_API void DynBodyGetOrientation(const DynBody* body, KitMatrix3 rotation);
+HY_API void DynBodyGetQuaternion(const DynBody* body, KitVector4 q);
+/// Moves the body and gives it the velocities that reach the transform in dt seconds.
+HY_API void DynBodyMoveTo(DynBody* body, const KitMatrix4 tm, KitReal dt);
+/// Transform of the centre of mass in the body frame. Keeps the motion of the material: the linear
+/// velocity becomes that of the new centre.
+HY_API void DynBodySetCenterOfMassRelativeTransform(DynBody* body, const KitMatrix4 tm);
+HY_API void DynBodyGetCenterOfMassRelativeTransform(const DynBody* body, KitMatrix4 tm);
+HY_API void DynBodyGetCenterOfMassPosition(const DynBody* body, KitVector3 position);
+[[nodiscard]] HY_API const KitMatrix4* DynBodyGetCenterOfMassTransformPtr(const DynBody* body);
+/// Centre-of-mass transform and quaternion from the body transform.
+HY_API void UpdateCOMTransform(DynBody* body);
+/// Body transform from the centre-of-mass transform.
+HY_API void UpdateBodyTransform(DynBody* body);
+
+// Mass in kg, above 0; tensors about the centre of mass in body axes, kg m^2, positive definite.
+// Anything else: a warning, and the old value stays.
+HY_API void DynBodySetMass(DynBody* body, KitReal mass);
+[[nodiscard]] HY_API KitReal DynBodyGetMass(const DynBody* body);
+HY_API void DynBodySetMassAndScaleInertiaTensor(DynBody* body, KitReal mass);
+HY_API void DynBodySetInertiaTensor(DynBody* body, const KitMatrix3 tensor);
+HY_API void DynBodyGetInertiaTensor(const DynBody* body, KitMatrix3 tensor);
+HY_API void DynBodySetSphericalInertiaTensor(DynBody* body, KitReal moment);
+HY_API void DynBodySetSphericalInertiaFlag(DynBody* body, bool on);
+[[nodiscard]] HY_API bool DynBodyIsSphericalInertiaFlagSet(const DynBody* body);
+
+// Motion. Velocities are those of the centre of mass, world axes.
+HY_API void DynBodySetLinearVelocity(DynBody* body, const KitVector3 v);
+HY_API void DynBodySetAngularVelocity(DynBody* body, const KitVector3 w);
+HY_API void DynBodyGetLinearVelocity(const DynBody* body, KitVector3 v);
+HY_API void DynBodyGetAngularVelocity(const DynBody* body, KitVector3 w);
+HY_API void DynBodyGetLinearAcceleration(const DynBody* body, KitVector3 a);
+HY_API void DynBodyGetAngularAcceleration(const DynBody* body, KitVector3 a);
+HY_API void DynBodySetLinearVelocityDamping(DynBody* body, KitReal damping);
+HY_API void DynBodySetAngularVelocityDamping(DynBody* body, KitReal damping);
+[[nodiscard]] HY_API KitReal DynBodyGetLinearVelocityDamping(const DynBody* body);
+[[nodiscard]] HY_API KitReal DynBodyGetAngularVelocityDamping(const DynBody* body);
+HY_API void DynBodyGetVelocityAtPoint(const DynBody* body, const KitVector3 point, KitVector3 v);
+HY_API void DynBodyGetAccelerationAtPoint(const DynBody* body, const KitVector3 point,
+                                          KitVector3 a);
+[[nodiscard]] HY_API KitReal DynBodyGetKineticEnergy(const DynBody* body);
+/// Axis in world axes; see DynBodySetFastSpinAxisRel for body axes.
+HY_API void DynBodySetFastSpinAxis(DynBody* body, const KitVector3 axis);
+HY_API void DynBodySetFastSpinAxisRel(DynBody* body, const KitVector3 axis);
+HY_API void DynBodySetNoFastSpinAxis(DynBody* body);
+[[nodiscard]] HY_API bool DynBodyIsFastSpinAxisSet(const DynBody* body);
+/// In body axes.
+HY_API void DynBodyGetFastSpinAxis(const DynBody* body, KitVector3 axis);
+
+// Load of the next step, N and N m, world axes and positions unless local (body frame).
+HY_API void DynBodyAddForce(DynBody* body, const KitVector3 f);
+HY_API void DynBodyAddTorque(DynBody* body, const KitVector3 t);
+HY_API void DynBodyAddImpulse(DynBody* body, const KitVector3 impulse);
+HY_API void DynBodyAddForceAtPosition(DynBody* body, const KitVector3 f, const KitVector3 p);
+HY_API void DynBodyAddForceAtLocalPosition(DynBody* body, const KitVector3 f, const KitVector3 p);
+HY_API void DynBodyAddImpulseAtPosition(DynBody* body, const KitVector3 impulse,
+                                        const KitVector3 p);
+HY_API void DynBodyGetForce(const DynBody* body, KitVector3 f);
+HY_API void DynBodyGetTorque(const DynBody* body, KitVector3 t);
+HY_API void DynBodyGetLastForce(const DynBody* body, KitVector3 f);
+HY_API void DynBodyGetLastTorque(const DynBody* body, KitVector3 t);
+[[nodiscard]] HY_API KitReal DynBodyGetSafeTime(const DynBody* body);
+HY_API void DynBodySetSafeTime(DynBody* body, KitReal t);
+
+HY_API void DynBodySetFrictionDirectionCB(DynBody* body, DynFrictionDirectionCB cb, void* data);
+
+HY_API void DynBodySetAutoDisableVelocityThreshold(DynBody* body, KitReal v);
+HY_API void DynBodySetAutoDisableAngularVelocityThreshold(DynBody* body, KitReal v);
+HY_API void DynBodySetAutoDisableAccelerationThreshold(DynBody* body, KitReal a);
+HY_API void DynBodySetAutoDisableAngularAccelerationThreshold(DynBody* body, KitReal a);
+HY_API void DynBodySetAutoDisableAliveWindow(DynBody* body, int steps);
+[[nodiscard]] HY_API KitReal DynBodyGetAutoDisableVelocityThreshold(const DynBody* body);
+[[nodiscard]] HY_API KitReal DynBodyGetAutoDisableAngularVelocityThreshold(const DynBody* body);
+[[nodiscard]] HY_API KitReal DynBodyGetAutoDisableAccelerationThreshold(const DynBody* body);
+[[nodiscard]] HY_API KitReal DynBodyGetAutoDisableAngularAccelerationThreshold(const DynBody* body);
+[[nodiscard]] HY_API int DynBodyGetAutoDisableAliveWindow(const DynBody* body);
+
+/// Calls fn for each constraint of the body once, in list order; fn may disable or destroy it.
+HY_API void DynBodyForAllConstraints(DynBody* body, void (*fn)(DynBaseConstraint*, void*),
+                                     void* data);
+HY_API void DynBodyDisableConstraints(DynBody* body);
+HY_API void DynBodyDestroyConstraints(DynBody* body);
+HY_API void DynBodySetUserGroup(DynBody* body, int group);
+[[nodiscard]] HY_API int DynBodyGetUserGroup(const DynBody* body);
+[[nodiscard]] HY_API int DynBodyGetLastPartitionIndex(const DynBody* body);
+[[nodiscard]] HY_API DynBody* DynBodyGetFirst(DynWorld* world);
+[[nodiscard]] HY_API DynBody* DynBodyGetNext(DynBody* body);

@@ -1,0 +1,27 @@
+# The flags of all our own code. Results must be the same bits on every run, so the compiler may
+# neither fuse multiply and add by itself nor reorder sums.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+find_program(HALCYR_CCACHE ccache)
+if(HALCYR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${HALCYR_CCACHE})
+endif()
+
+add_library(halcyr_flags INTERFACE)
+target_compile_options(halcyr_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -ffp-contract=off)
+if(HALCYR_SANITIZE)
+  target_compile_options(halcyr_flags INTERFACE
+    -fsanitize=${HALCYR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(halcyr_flags INTERFACE -fsanitize=${HALCYR_SANITIZE})
+endif()

@@ -1,0 +1,31 @@
+# A layer is a folder with include/ and src/, built as objects. It sees the headers of the layers
+# that it names and no others, so that an include in the wrong direction does not compile.
+function(halcyr_add_layer name folder)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src/*.cpp)
+  add_library(halcyr_${name} OBJECT ${sources})
+  target_include_directories(halcyr_${name}
+    PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include>
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src)
+  target_link_libraries(halcyr_${name} PRIVATE halcyr_flags)
+  foreach(lower IN LISTS ARGN)
+    target_include_directories(halcyr_${name} PUBLIC
+      $<TARGET_PROPERTY:halcyr_${lower},INTERFACE_INCLUDE_DIRECTORIES>)
+  endforeach()
+endfunction()
+
+# The one shared library, made of the objects of all layers.
+function(halcyr_add_library)
+  find_package(Threads REQUIRED)
+  add_library(halcyr SHARED)
+  add_library(Halcyr::halcyr ALIAS halcyr)
+  foreach(layer IN LISTS ARGN)
+    target_sources(halcyr PRIVATE $<TARGET_OBJECTS:halcyr_${layer}>)
+    target_include_directories(halcyr PUBLIC
+      $<TARGET_PROPERTY:halcyr_${layer},INTERFACE_INCLUDE_DIRECTORIES>)
+  endforeach()
+  target_include_directories(halcyr PUBLIC $<INSTALL_INTERFACE:include>)
+  target_link_libraries(halcyr PRIVATE Threads::Threads $<BUILD_INTERFACE:halcyr_flags>)
+  target_compile_features(halcyr PUBLIC cxx_std_20)
+  set_target_properties(halcyr PROPERTIES
+    LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
