@@ -2,6 +2,10 @@
 # that it names and no others, so that an include in the wrong direction does not compile.
 function(halcyr_add_layer name folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src/*.cpp)
+  if(NOT sources) # a layer may consist of headers alone
+    set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty_${name}.cpp)
+    file(CONFIGURE OUTPUT ${sources} CONTENT "")
+  endif()
   add_library(halcyr_${name} OBJECT ${sources})
   target_include_directories(halcyr_${name}
     PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include>
