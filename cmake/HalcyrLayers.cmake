@@ -8,12 +8,12 @@ function(halcyr_add_layer name folder)
   endif()
   add_library(halcyr_${name} OBJECT ${sources})
   target_include_directories(halcyr_${name}
-    PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include>
+    PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include
     PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src)
   target_link_libraries(halcyr_${name} PRIVATE halcyr_flags)
+  set(HALCYR_${name}_INCLUDE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include PARENT_SCOPE)
   foreach(lower IN LISTS ARGN)
-    target_include_directories(halcyr_${name} PUBLIC
-      $<TARGET_PROPERTY:halcyr_${lower},INTERFACE_INCLUDE_DIRECTORIES>)
+    target_include_directories(halcyr_${name} PUBLIC ${HALCYR_${lower}_INCLUDE})
   endforeach()
 endfunction()
 
@@ -24,8 +24,7 @@ function(halcyr_add_library)
   add_library(Halcyr::halcyr ALIAS halcyr)
   foreach(layer IN LISTS ARGN)
     target_sources(halcyr PRIVATE $<TARGET_OBJECTS:halcyr_${layer}>)
-    target_include_directories(halcyr PUBLIC
-      $<TARGET_PROPERTY:halcyr_${layer},INTERFACE_INCLUDE_DIRECTORIES>)
+    target_include_directories(halcyr PUBLIC $<BUILD_INTERFACE:${HALCYR_${layer}_INCLUDE}>)
   endforeach()
   target_include_directories(halcyr PUBLIC $<INSTALL_INTERFACE:include>)
   target_link_libraries(halcyr PRIVATE Threads::Threads $<BUILD_INTERFACE:halcyr_flags>)
