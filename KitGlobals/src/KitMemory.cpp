@@ -20,6 +20,17 @@ void* createZeroed(std::size_t size) {
 void* resize(void* block, std::size_t size) {
     return size == 0 ? nullptr : std::realloc(block, size);
 }
+
+/// Answers the block; a missing one is fatal, unless nothing was asked for.
+void* checkAllocated(void* block, std::size_t size, const char* operation, const char* buffer) {
+    if (!block && size > 0) {
+        KitFatalError(kOutOfMemory,
+                      "StdMemoryAllocator::%s::cannot allocate memory for buffer named %s\n",
+                      operation, buffer);
+        std::abort(); // the handler has returned
+    }
+    return block;
+}
 } // namespace
 
 constinit KitMemoryAPIStruct KitMemoryAPI = {
@@ -99,38 +110,20 @@ int KitMemoryCheckMemory(void (*)(const void*, std::size_t)) {
 KitMemoryHandler::~KitMemoryHandler() = default;
 
 void* StdMemoryAllocator::create(std::size_t size, const char* name) {
-    void* block = KitMemoryAPI_create(size);
-    if (!block && size > 0)
-        KitFatalError(kOutOfMemory,
-                      "StdMemoryAllocator::creaate::cannot allocate memory for buffer named %s\n",
-                      name);
-    return block;
+    return checkAllocated(KitMemoryAPI_create(size), size, "creaate", name);
 }
 
 void* StdMemoryAllocator::create_aligned(std::size_t size, std::size_t alignment,
                                          const char* name) {
-    void* block = KitMemoryAPI_createAligned(size, alignment);
-    if (!block && size > 0)
-        KitFatalError(
-            kOutOfMemory,
-            "StdMemoryAllocator::creaate_aligned::cannot allocate memory for buffer named %s\n",
-            name);
-    return block;
+    return checkAllocated(KitMemoryAPI_createAligned(size, alignment), size, "creaate_aligned",
+                          name);
 }
 
 void* StdMemoryAllocator::create_aligned_zeroed(std::size_t size, std::size_t alignment,
                                                 const char* name) {
-    void* block = KitMemoryAPI_createAligned(size, alignment);
-    if (!block && size > 0) {
-        KitFatalError(kOutOfMemory,
-                      "StdMemoryAllocator::creaate_aligned_zeroed::cannot allocate memory for "
-                      "buffer named %s\n",
-                      name);
-        std::abort(); // the handler has returned
-    }
-    if (block)
-        std::memset(block, 0, size);
-    return block;
+    void* block = checkAllocated(KitMemoryAPI_createAligned(size, alignment), size,
+                                 "creaate_aligned_zeroed", name);
+    return block ? std::memset(block, 0, size) : nullptr;
 }
 
 void StdMemoryAllocator::destroy(void* p) {
