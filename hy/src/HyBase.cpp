@@ -1,0 +1,112 @@
+#include <Hy/HyBase.h>
+
+#include <Hy/HyNameValidation.h>
+
+#include <algorithm>
+#include <memory>
+
+namespace Hy {
+
+namespace {
+
+// A combined name is cut where its first part, its first two parts and its whole reach these.
+constexpr std::size_t kMaxFirstPart = 197;
+constexpr std::size_t kMaxTwoParts = 248;
+constexpr std::size_t kMaxCombinedName = 255;
+
+std::uint64_t takeSerial() {
+    static std::atomic<std::uint64_t> last{0};
+    return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+} // namespace
+
+struct HyBase::Extras {
+    std::string name;
+};
+
+std::atomic<std::uint32_t> HyBase::s_defaultHyBaseCounter{0};
+std::atomic<HyBase::Subscriber*> HyBase::sConstructorSubscriber{nullptr};
+
+HyBase::HyBase()
+    : mSerial(takeSerial()),
+      mCreationIndex(s_defaultHyBaseCounter.fetch_add(1, std::memory_order_relaxed)) {
+    if (Subscriber* subscriber = getConstructorSubscriber())
+        subscriber->notify(kEventCreate, this);
+}
+
+HyBase::~HyBase() {
+    delete mExtras.load(std::memory_order_acquire);
+}
+
+HyBase::Extras& HyBase::getExtras() const {
+    Extras* present = mExtras.load(std::memory_order_acquire);
+    if (present)
+        return *present;
+    auto made = std::make_unique<Extras>();
+    // Another thread may have been quicker: its extras then stay.
+    if (mExtras.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel))
+        return *made.release();
+    return *present;
+}
+
+bool HyBase::isOfClassType(int id) const {
+    return id == kHyBaseClassId;
+}
+
+bool HyBase::isOfExactClassType(int id) const {
+    return id == kHyBaseClassId;
+}
+
+const char* HyBase::getClassName() const {
+    return "HyBase";
+}
+
+void HyBase::setName(const char* name) {
+    setNameBase(name);
+}
+
+void HyBase::setHyName(const std::string& name) {
+    setName(name.c_str());
+}
+
+void HyBase::setNameBase(const char* name) {
+    getExtras().name =
+        name ? HyNameValidation::replaceRestrictedCharacters(name, '_') : std::string();
+}
+
+void HyBase::setCombinedName(const char* a, const char* b, int number) {
+    std::string name(a);
+    name.resize(std::min(name.size(), kMaxFirstPart));
+    name.append("_").append(b);
+    name.resize(std::min(name.size(), kMaxTwoParts));
+    name.append("_").append(number == -1 ? std::to_string(mCreationIndex) : std::to_string(number));
+    name.resize(std::min(name.size(), kMaxCombinedName));
+    setName(name.c_str());
+}
+
+const std::string& HyBase::getName() const {
+    // A name made on first asking is no change of the object: it had been its name all along.
+    if (!hasName())
+        const_cast<HyBase*>(this)->setCombinedName("default", getClassName());
+    return getExtras().name;
+}
+
+bool HyBase::hasName() const {
+    const Extras* extras = mExtras.load(std::memory_order_acquire);
+    return extras && !extras->name.empty();
+}
+
+void HyBase::setConstructorSubscriber(Subscriber* subscriber) {
+    sConstructorSubscriber.store(subscriber, std::memory_order_release);
+}
+
+HyBase::Subscriber* HyBase::getConstructorSubscriber() {
+    return sConstructorSubscriber.load(std::memory_order_acquire);
+}
+
+void HyBase::resetHyBaseCounter() {
+    s_defaultHyBaseCounter.store(0, std::memory_order_relaxed);
+}
+
+} // namespace Hy

@@ -1,0 +1,35 @@
+#include <Hy/HyNameValidation.h>
+
+#include <atomic>
+
+namespace Hy {
+
+namespace {
+std::atomic<bool> isEnabled{true};
+}
+
+std::string HyNameValidation::replaceRestrictedCharacters(const std::string& name,
+                                                          char replacement) {
+    if (!getIsEnabled())
+        return name;
+    std::string valid = name;
+    for (char& c : valid)
+        if (getRestrictedCharacters().find(c) != std::string::npos)
+            c = replacement;
+    return valid;
+}
+
+const std::string& HyNameValidation::getRestrictedCharacters() {
+    static const std::string characters = "\\:;*?!\"%&$/<>|^'";
+    return characters;
+}
+
+bool HyNameValidation::getIsEnabled() {
+    return isEnabled.load(std::memory_order_relaxed);
+}
+
+bool HyNameValidation::setIsEnabled(bool on) {
+    return isEnabled.exchange(on, std::memory_order_relaxed);
+}
+
+} // namespace Hy
