@@ -118,7 +118,7 @@ TEST_F(CycleDetectLcpTest, SinglePivotsEndACycle) {
     std::mt19937_64 random(kSeed);
     int cyclesWithoutDetection = 0, ended = 0;
     for (int trial = 0; trial < 3000; ++trial) {
-        BoxedLcp p = randomLcp(random, 10, 10, 1e-3);
+        BoxedLcp p = randomLcp(random, 12, 5, 1e-3);
         p.lower.setZero();
         p.upper.setConstant(kInf);
         parameters.tolerance = 1e-10;
