@@ -1,5 +1,6 @@
 #include <Hy/HyStringTable.h>
 #include <cstring>
+#include <utility>
 
 namespace Hy {
 
@@ -22,9 +23,10 @@ void HyStringTable::add(const char* name, const char* text) {
         table[static_cast<std::size_t>(present - table.begin())].text = text;
         return;
     }
-    HyStringTableElement& element = table.add();
+    HyStringTableElement element;
     std::memcpy(element.name, name, length + 1);
-    element.text = text;
+    element.text = text; // before the table moves: the text may stand in it
+    table.push_back(std::move(element));
 }
 
 const char* HyStringTable::get(const char* name) const {
