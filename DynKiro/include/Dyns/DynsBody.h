@@ -38,6 +38,9 @@ struct alignas(64) DynsBody {
     /// Place of the body in the partition being packed; valid only while localPartition names it.
     int localIndex;
     int localPartition;
+    /// Sum over the joints of the last step of -[F]x[r]x, symmetric part, N m/rad, world axes; see
+    /// DynsBodyAddGeometricStiffness. Zero unless DynsParameters::geometric_stiffness is on.
+    KitMatrix3 geometricStiffness;
 };
 
 /// The two halves of a body vector.
@@ -66,3 +69,13 @@ HY_API void body_update_velocity(DynsBody* const* bodies, int n, KitReal h);
 HY_API void body_update_position(DynsBody* const* bodies, int n, KitReal h);
 /// Rotation rows of tm from qrot, which need not be of unit length.
 HY_API void body_update_rotation(DynsBody* const* bodies, int n);
+
+/// Adds to geometricStiffness how fast the torque of a force changes as the body turns under it:
+/// -[F]x[r]x = (F.r) 1 - r F^T, of which the symmetric part is kept. Called for each joint force when
+/// the results of a step are taken back, if the solver group has geometric_stiffness on; the next
+/// setup of the body's partition consumes the sum and zeroes it. Vectors that are not finite add
+/// nothing.
+/// @param force on the body, N, world axes
+/// @param arm from the centre of mass to the point where the force acts, m, world axes
+HY_API void DynsBodyAddGeometricStiffness(DynsBody* body, const KitVector3 force,
+                                          const KitVector3 arm);
