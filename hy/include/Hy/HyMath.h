@@ -1,0 +1,5 @@
+#pragma once
+#include <Hy/HyQuaternion.h>
+#include <Hy/HySmallReal.h>
+#include <Hy/HyTransform.h>
+#include <Hy/HyVector3.h>
