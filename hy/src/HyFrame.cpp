@@ -24,7 +24,8 @@ constexpr HyReal kFallbackDelta = 0.1F;
 /// Sizes of the universe that getUniverse() makes.
 constexpr unsigned kDefaultGeometries = 2000, kDefaultPairs = 10000;
 
-template <typename T> bool contains(const HyArray<T*>& array, const HyStepperBase* stepper) {
+template <typename T>
+bool contains(const HyArray<T*>& array, const HyStepperBase* stepper) {
     return std::find(array.begin(), array.end(), stepper) != array.end();
 }
 
@@ -92,8 +93,8 @@ void HyFrame::setTimeStep(HyReal dt) {
 }
 
 void HyFrame::setAutomaticTimeStep(bool on, HyReal minimum, HyReal maximum, HyReal delta) {
-    const bool valid = minimum >= 0 && std::isfinite(minimum) && maximum >= 0 &&
-                       std::isfinite(maximum);
+    const bool valid =
+        minimum >= 0 && std::isfinite(minimum) && maximum >= 0 && std::isfinite(maximum);
     if (!valid) {
         HyWarning(0, "HyFrame::setAutomaticTimeStep: limits must be finite and not negative.\n");
         return;

@@ -81,7 +81,8 @@ void HyFrame::followWallClock() {
 
 // Phases. Each has its own guard.
 
-template <typename Call> void HyFrame::forEachStepper(const Call& call) {
+template <typename Call>
+void HyFrame::forEachStepper(const Call& call) {
     for (std::size_t i = 0; i < mStepperWalk.size(); ++i)
         if (HyStepperBase* stepper = mStepperWalk[i])
             call(*stepper);

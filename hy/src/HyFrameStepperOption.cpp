@@ -13,13 +13,13 @@ struct ModeActions {
     bool collision, dynamics, integrate, check, recovery;
 };
 constexpr ModeActions kModeActions[] = {
-    {true, true, true, false, false},     // kModeNormal
-    {true, true, true, true, false},      // kModeCheck
-    {true, true, true, true, true},       // kModeSafe
-    {false, false, false, false, false},  // kModeDoNothing
-    {true, false, false, false, false},   // kModeCollisionOnly
-    {true, true, false, true, false},     // kModeCollisionAndDynamics
-    {false, true, true, true, false},     // kModeDynamicsAndIntegrationOnly
+    {true, true, true, false, false},    // kModeNormal
+    {true, true, true, true, false},     // kModeCheck
+    {true, true, true, true, true},      // kModeSafe
+    {false, false, false, false, false}, // kModeDoNothing
+    {true, false, false, false, false},  // kModeCollisionOnly
+    {true, true, false, true, false},    // kModeCollisionAndDynamics
+    {false, true, true, true, false},    // kModeDynamicsAndIntegrationOnly
 };
 
 } // namespace
@@ -34,7 +34,8 @@ HyFrameStepperOption& HyFrameStepperOption::instance() {
 
 void HyFrameStepperOption::setStepperMode(StepperModeEnum mode) {
     if (mode < kModeNormal || mode > kModeManual) {
-        HyWarning(0, "HyFrameStepperOption::setStepperMode: mode must be one of StepperModeEnum.\n");
+        HyWarning(0,
+                  "HyFrameStepperOption::setStepperMode: mode must be one of StepperModeEnum.\n");
         return;
     }
     if (mode != kModeManual) {
@@ -96,7 +97,8 @@ void HyFrameStepperOption::setVerbose(bool on) {
 
 // A check may take itself or others out, which are then skipped; one added meanwhile waits for the
 // next hook.
-template <typename Call> void HyFrameStepperOption::forEachCheck(Call call) {
+template <typename Call>
+void HyFrameStepperOption::forEachCheck(Call call) {
     mCheckWalk = mCheckSubscriberArray;
     for (CheckSubscriber* check : mCheckWalk) {
         const auto end = mCheckSubscriberArray.end();

@@ -41,21 +41,19 @@ HyReal HyStepperBase::Timings::getTotal() const {
            postUpdate;
 }
 
-HyStepperBase::HyStepperBase(int priority) : mPriority(priority) {
-}
+HyStepperBase::HyStepperBase(int priority) : mPriority(priority) {}
 
 HyStepperBase::~HyStepperBase() {
     if (HyFrame* frame = HyFrame::currentInstance())
         frame->removePsStepper(this);
 }
 
-void HyStepperBase::restoreExternalForcesForSubstepping() {
-}
+void HyStepperBase::restoreExternalForcesForSubstepping() {}
 
-void HyStepperBase::printContent(const char*) {
-}
+void HyStepperBase::printContent(const char*) {}
 
-template <typename Phase> void HyStepperBase::measure(HyReal& seconds, Phase phase) {
+template <typename Phase>
+void HyStepperBase::measure(HyReal& seconds, Phase phase) {
     mTimer.start();
     phase();
     seconds += mTimer.stop();

@@ -48,7 +48,8 @@ public:
     }
 
     /// Calls call(listener) for each.
-    template <typename Call> void forEach(Call call) {
+    template <typename Call>
+    void forEach(Call call) {
         ++mRounds;
         for (std::size_t i = 0, end = mEntries.size(); i < end; ++i)
             if (T* listener = mEntries[i])

@@ -1,16 +1,16 @@
 #pragma once
 #include <Hy/HyArray.h>
 #include <Hy/HyCallbackList.h>
-#include <Hy/HySortedVector.h>
 #include <Hy/HyStepperBase.h>
+#include <Hy/HyThreadPool.h>
+#include <Hy/HyTimer.h>
+#include <Hy/SortedVector.h>
 
 #include <cstdint>
 #include <memory>
 
 namespace Hy {
 class HyFrameStepperOption;
-class HyThreadPool;
-class HyTimer;
 class HyUniverse;
 
 /// The one entry of the library: owns the steppers, the time step, the thread pool and the logic of
@@ -178,7 +178,8 @@ private:
     void followWallClock();
     bool refuseInsideStep(const char* operation) const;
 
-    template <typename Call> void forEachStepper(const Call& call);
+    template <typename Call>
+    void forEachStepper(const Call& call);
     void doStepperPreStep();
     void doStepperDetectCollisions(HyReal dt);
     void doStepperAdvanceKinematics(HyReal dt);
@@ -197,11 +198,11 @@ private:
     [[nodiscard]] static HyStepperBase::Timings
     sumOfTimings(const HyArray<HyStepperBase*>& steppers);
 
-    HyArray<HyStepperBase*> mSteppers;      ///< by ascending priority
-    HyArray<HyStepperBase*> mUniverseArr;   ///< those that are universes, in the order of adding
-    HyArray<HyStepperBase*> mPsStepperArr;  ///< of the plain pipeline, in the order of adding
-    HyArray<HyStepperBase*> mStepperWalk;   ///< steppers of the running step; null: it has left
-    SortedVector<HyBase*> mHyBaseList;      ///< by address, for look-up only
+    HyArray<HyStepperBase*> mSteppers;     ///< by ascending priority
+    HyArray<HyStepperBase*> mUniverseArr;  ///< those that are universes, in the order of adding
+    HyArray<HyStepperBase*> mPsStepperArr; ///< of the plain pipeline, in the order of adding
+    HyArray<HyStepperBase*> mStepperWalk;  ///< steppers of the running step; null: it has left
+    SortedVector<HyBase*> mHyBaseList;     ///< by address, for look-up only
     HyCallbackList<Observer> mObservers;
     HyFrameStepperOption& mStepperOption;
 

@@ -1,12 +1,11 @@
 #pragma once
 #include <Hy/HyTimer.h>
+#include <Hy/HyTypes.h>
 #include <Kit/KitApi.h>
-#include <Kit/KitTypes.h>
 
 #include <memory>
 
 namespace Hy {
-using HyReal = KitReal;
 
 /// Paces a host's loop in real time and proposes the time step of its next frame.
 ///
@@ -41,13 +40,13 @@ private:
     void sleepFor(HyReal seconds);
     void followDuration(HyReal period, HyReal spare);
 
-    HyReal m_FrameTimeLockRemains = 0;          ///< error of the last sleep, s
-    HyReal m_MinSleepTime = 0.002F;             ///< s
-    HyReal m_MinTimeStep = 1.0F / 60;           ///< s
-    HyReal m_MaxTimeStep = 0.05F;               ///< s
-    HyReal m_TimeStep = 1.0 / 60;               ///< s
-    HyReal m_OverAllTime = 0;                   ///< time since the last call, s
-    HyReal m_FilterTimeStep = 0.01F;            ///< weight of a new duration
+    HyReal m_FrameTimeLockRemains = 0; ///< error of the last sleep, s
+    HyReal m_MinSleepTime = 0.002F;    ///< s
+    HyReal m_MinTimeStep = 1.0F / 60;  ///< s
+    HyReal m_MaxTimeStep = 0.05F;      ///< s
+    HyReal m_TimeStep = 1.0 / 60;      ///< s
+    HyReal m_OverAllTime = 0;          ///< time since the last call, s
+    HyReal m_FilterTimeStep = 0.01F;   ///< weight of a new duration
     std::unique_ptr<HyTimer> m_Timer = std::make_unique<HyTimer>(false);
 };
 

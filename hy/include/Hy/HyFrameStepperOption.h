@@ -1,10 +1,9 @@
 #pragma once
 #include <Hy/HyArray.h>
+#include <Hy/HyTypes.h>
 #include <Kit/KitApi.h>
-#include <Kit/KitTypes.h>
 
 namespace Hy {
-using HyReal = KitReal;
 
 /// Says which actions a step takes, and carries the checks that watch it. One object for the process,
 /// independent of the life of the frame; a new frame starts it in kModeNormal.
@@ -13,14 +12,14 @@ public:
     /// What each mode sets is told in HyFrameStepperOption.cpp's table, in the order of the actions:
     /// collision, dynamics, integration, checks, recovery.
     enum StepperModeEnum {
-        kModeNormal = 0,                    ///< all but checks and recovery
-        kModeCheck = 1,                     ///< all but recovery
-        kModeSafe = 2,                      ///< all
-        kModeDoNothing = 3,                 ///< none
-        kModeCollisionOnly = 4,             ///< collision
-        kModeCollisionAndDynamics = 5,      ///< collision, dynamics, checks
+        kModeNormal = 0,                     ///< all but checks and recovery
+        kModeCheck = 1,                      ///< all but recovery
+        kModeSafe = 2,                       ///< all
+        kModeDoNothing = 3,                  ///< none
+        kModeCollisionOnly = 4,              ///< collision
+        kModeCollisionAndDynamics = 5,       ///< collision, dynamics, checks
         kModeDynamicsAndIntegrationOnly = 6, ///< dynamics, integration, checks
-        kModeManual = 7,                    ///< the actions were set one by one
+        kModeManual = 7,                     ///< the actions were set one by one
     };
 
     /// A check: is called at fixed places of a step while it stands in getCheckSubscriberArray() and
@@ -95,7 +94,8 @@ private:
     void postUpdateForce();
     void postStep();
     void timeOfImpactEvent(HyReal time);
-    template <typename Call> void forEachCheck(Call call);
+    template <typename Call>
+    void forEachCheck(Call call);
 
     StepperModeEnum mStepperMode = kModeNormal;
     bool mUpdateActionCollision = true;

@@ -1,10 +1,9 @@
 #pragma once
 #include <Hy/HyBase.h>
 #include <Hy/HyTimer.h>
-#include <Kit/KitTypes.h>
+#include <Hy/HyTypes.h>
 
 namespace Hy {
-using HyReal = KitReal;
 
 /// What takes part in a frame's step: seven phases, each called for all steppers of the frame before
 /// the next one begins. HyUniverse is the stepper that carries the physics.
@@ -74,7 +73,8 @@ public:
     [[nodiscard]] const Timings& getTimings() const { return mTimings; }
 
 private:
-    template <typename Phase> void measure(HyReal& seconds, Phase phase);
+    template <typename Phase>
+    void measure(HyReal& seconds, Phase phase);
 
     const int mPriority;
     HyTimer mTimer{false};
