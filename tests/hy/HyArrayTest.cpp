@@ -89,7 +89,7 @@ TEST(HyArrayTest, AgreesWithAVector) {
                        to = at + below(vector.size() + 1 - static_cast<std::size_t>(at));
             switch (random() % 9) {
             case 0:
-                EXPECT_EQ(array.insert(array.begin() + at, value), array.begin() + at);
+                EXPECT_EQ(array.insert(array.begin() + at, value) - array.data(), at);
                 vector.insert(vector.begin() + at, value);
                 break;
             case 1: {
@@ -99,7 +99,7 @@ TEST(HyArrayTest, AgreesWithAVector) {
                 break;
             }
             case 2:
-                EXPECT_EQ(array.erase(array.begin() + at, array.begin() + to), array.begin() + at);
+                EXPECT_EQ(array.erase(array.begin() + at, array.begin() + to) - array.data(), at);
                 vector.erase(vector.begin() + at, vector.begin() + to);
                 break;
             case 3: {

@@ -60,14 +60,14 @@ TEST(HyMessageTest, AssertionNamesFileAndLineAndNeverTakesTheFileAsFormat) {
     HySetFatalErrorHandler(nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), ""); // no extra line in this layer
     EXPECT_EQ(received,
-              (Received{"0|100%s.cpp: 42: got 3 of four\n", "0|a.cpp: 12345: %", "0|got 3"}));
+              (Received{"0|100%s.cpp:  42: got 3 of four\n", "0|a.cpp: 12345: %", "0|got 3"}));
 }
 
 TEST(HyMessageDeathTest, FatalErrorsEndTheProcess) {
     EXPECT_EXIT(HyFatalError(0, "broke\n"), testing::ExitedWithCode(1),
                 "^HyFatalError\\{0\\}: broke\n$");
     EXPECT_EXIT(HyAssertImplementation("a/b.cpp", 7, false, "broke\n"), testing::ExitedWithCode(1),
-                "^HyFatalError\\{0\\}: b.cpp:  7: broke\n$");
+                "^HyFatalError\\{0\\}: b.cpp:   7: broke\n$");
     EXPECT_EXIT(
         {
             HySetFatalErrorHandler([](int, const char*, va_list) {});
