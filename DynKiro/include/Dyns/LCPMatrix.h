@@ -2,7 +2,7 @@
 #include <Kit/KitApi.h>
 #include <Kit/KitTypes.h>
 
-#include <cstddef>
+#include <limits>
 
 struct DynsConstraints;
 struct DynsLCPSolverParameters;
@@ -17,7 +17,10 @@ enum LCPMatrixFlag : int {
 };
 
 /// A symmetric positive definite matrix A = J M^-1 J^T + diag(xepsilon) with its factor, as the LCP
-/// solver sees it. Storage is never quadratic in the rows; columns of the inverse are made on demand.
+/// solver sees it. Storage is never quadratic in the rows; columns of the inverse are made on demand
+/// and do not come from the memory pool of a solve, since they outlive it. The factor of the whole
+/// matrix may be made as late as the first solve that wants it. Vectors have room for n raised to a
+/// multiple of 4.
 class HY_API LCPMatrix {
 public:
     virtual ~LCPMatrix() = default;
@@ -58,6 +61,13 @@ public:
     /// reset. Counts in column_solved.
     [[nodiscard]] virtual const KitReal* inverseColumn(int j) = 0;
 
+    /// Operations of one solve() with the full factor, an estimate.
+    [[nodiscard]] virtual double solveFlops() const { return 2.0 * n * n; }
+    /// Operations of solveFreeRows() with this index set, an estimate; infinite without that road.
+    [[nodiscard]] virtual double freeRowsFlops(const int* index_set) const {
+        (void)index_set;
+        return std::numeric_limits<double>::infinity();
+    }
     /// Solves for the rows of index set 0 alone: given the values of the tight rows in z, finds the
     /// free rows so that (A z - b) is 0 there, and w = A z - b on the tight rows.
     /// Answers false where the class has no such road; the LCP solver then takes the dense one.
