@@ -2,6 +2,7 @@
 
 #include <Dyns/DynsConstraintFrames.h>
 #include <Dyns/constraint_solver.h>
+#include <Dyns/lcp.h>
 #include <Kit/KitMemoryPool.h>
 #include <Kit/KitMessage.h>
 
@@ -42,6 +43,8 @@ void DynsFrameCreate(DynsParameters* parameters) {
     auto* frame = new DynsFrame;
     (void)DynsFrameAddStepperModel(frame, &frame->stable_model);
     (void)DynsFrameAddStepperModel(frame, &frame->vintage_kiro);
+    frame->lcp_solvers[kDynLCPSolverBM] = cycle_detect_lcp_solver;
+    frame->n_lcp_solvers = 1;
     addSolversOfAllFactories(*frame);
     parameters->kiro_frame = frame;
     parameters->memory_pool_handler = new KitMemoryPool;

@@ -1,6 +1,7 @@
 #include "geometric_stiffness.h"
 
 #include <Dyns/DynsBody.h>
+#include <Kit/KitEigen3.h>
 
 #include <cmath>
 #include <utility>
@@ -10,47 +11,6 @@
 // against turning is K = −[F]×[r]× = (F·r) 1 − r Fᵀ. A joint that pulls outwards, F = T r/|r|, gives
 // K = T |r| across r and 0 along it. The parts of K that are antisymmetric belong to the net torque,
 // which the step balances by itself.
-
-namespace {
-
-// Zeroes a[p][q] by a rotation in the plane of axes p and q, and turns the columns of v with it.
-void rotatePlane(KitMatrix3 a, KitMatrix3 v, int p, int q) {
-    if (a[p][q] == 0)
-        return;
-    const KitReal theta = (a[q][q] - a[p][p]) / (2 * a[p][q]);
-    const KitReal t = std::copysign(1.0, theta) / (std::abs(theta) + std::hypot(theta, 1.0));
-    const KitReal c = 1 / std::sqrt(t * t + 1), s = t * c;
-    const int k = 3 - p - q;
-    a[p][p] -= t * a[p][q];
-    a[q][q] += t * a[p][q];
-    a[p][q] = a[q][p] = 0;
-    const KitReal kp = a[k][p], kq = a[k][q];
-    a[k][p] = a[p][k] = c * kp - s * kq;
-    a[k][q] = a[q][k] = s * kp + c * kq;
-    for (int i = 0; i < 3; ++i) {
-        const KitReal ip = v[i][p], iq = v[i][q];
-        v[i][p] = c * ip - s * iq;
-        v[i][q] = s * ip + c * iq;
-    }
-}
-
-// Diagonalises the symmetric matrix a by cyclic Jacobi sweeps, which converge quadratically: three
-// to five reach rounding.
-void diagonalize(KitMatrix3 a, KitMatrix3 v) {
-    constexpr int kMaxSweeps = 10;
-    for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j)
-            v[i][j] = i == j ? 1 : 0;
-    for (int sweep = 0; sweep < kMaxSweeps; ++sweep) {
-        if (a[0][1] == 0 && a[0][2] == 0 && a[1][2] == 0)
-            return;
-        rotatePlane(a, v, 0, 1);
-        rotatePlane(a, v, 0, 2);
-        rotatePlane(a, v, 1, 2);
-    }
-}
-
-} // namespace
 
 void DynsBodyAddGeometricStiffness(DynsBody* body, const KitVector3 force, const KitVector3 arm) {
     KitMatrix3 K;
@@ -73,7 +33,8 @@ void takePositiveGeometricStiffness(DynsBody& body, KitMatrix3 stiffness) {
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j)
             a[i][j] = std::exchange(body.geometricStiffness[i][j], 0);
-    diagonalize(a, v);
+    constexpr int kMaxSweeps = 20; // converges quadratically: five reach rounding
+    (void)jacobi3x3(a, v, kMaxSweeps);
     for (int i = 0; i < 3; ++i)
         for (int j = i; j < 3; ++j) {
             KitReal sum = 0;

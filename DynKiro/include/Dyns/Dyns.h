@@ -9,8 +9,10 @@
 #include <Dyns/StableStepper.h>
 #include <Dyns/WorldStepper.h>
 #include <Dyns/constraint_solver.h>
+#include <Dyns/itr_constraint_solver.h>
 #include <Dyns/jacobian.h>
 #include <Dyns/kiro_model.h>
 #include <Dyns/kitreal.h>
+#include <Dyns/lcp.h>
 #include <Dyns/mass_matrix.h>
 #include <Dyns/std_constraint_solver.h>
