@@ -3,11 +3,7 @@
 #include <Hy/HyFrameStepperOption.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyThread.h>
-#include <Hy/HyThreadPool.h>
-#include <Hy/HyTimer.h>
-#include <Hy/HyUniverse.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -21,22 +17,6 @@ HyFrame* theFrame = nullptr;
 constexpr HyReal kAutomaticMinimum = 0.0125F, kAutomaticMaximum = 0.05F, kAutomaticDelta = 0.9F;
 /// Weight that stands in for one outside of [0, 1].
 constexpr HyReal kFallbackDelta = 0.1F;
-/// Sizes of the universe that getUniverse() makes.
-constexpr unsigned kDefaultGeometries = 2000, kDefaultPairs = 10000;
-
-template <typename T>
-bool contains(const HyArray<T*>& array, const HyStepperBase* stepper) {
-    return std::find(array.begin(), array.end(), stepper) != array.end();
-}
-
-HyStepperBase* elementOrNull(const HyArray<HyStepperBase*>& array, int index) {
-    const bool inside = index >= 0 && static_cast<std::size_t>(index) < array.size();
-    return inside ? array[static_cast<std::size_t>(index)] : nullptr;
-}
-
-bool isUniverse(const HyStepperBase& stepper) {
-    return stepper.isOfClassType(HyUniverse::getStaticClassType());
-}
 
 } // namespace
 
@@ -121,107 +101,6 @@ HyReal HyFrame::getTime() const {
 
 HyReal HyFrame::getAbsoluteTime() const {
     return mAbsTimer ? mAbsTimer->getTime() : 0;
-}
-
-// Steppers.
-
-void HyFrame::addStepper(HyStepperBase* stepper) {
-    if (!stepper || hasStepper(stepper))
-        return;
-    const auto place = std::upper_bound(
-        mSteppers.begin(), mSteppers.end(), stepper->getPriority(),
-        [](int priority, const HyStepperBase* other) { return priority < other->getPriority(); });
-    mSteppers.insert(place, stepper);
-    if (isUniverse(*stepper))
-        mUniverseArr.addUnique(stepper);
-}
-
-bool HyFrame::removeStepper(HyStepperBase* stepper) {
-    std::replace(mStepperWalk.begin(), mStepperWalk.end(), stepper,
-                 static_cast<HyStepperBase*>(nullptr));
-    mUniverseArr.eraseOnce(stepper);
-    return mSteppers.eraseOnce(stepper);
-}
-
-bool HyFrame::hasStepper(const HyStepperBase* stepper) const {
-    return contains(mSteppers, stepper);
-}
-
-int HyFrame::getStepperCount() const {
-    return static_cast<int>(mSteppers.size());
-}
-
-HyStepperBase* HyFrame::getStepper(int index) const {
-    return elementOrNull(mSteppers, index);
-}
-
-void HyFrame::addPsStepper(HyStepperBase* stepper) {
-    if (!stepper)
-        return;
-    mPsStepperArr.addUnique(stepper);
-    addStepper(stepper);
-}
-
-bool HyFrame::removePsStepper(HyStepperBase* stepper) {
-    mPsStepperArr.eraseOnce(stepper);
-    return removeStepper(stepper);
-}
-
-int HyFrame::getPsStepperCount() const {
-    return static_cast<int>(mPsStepperArr.size());
-}
-
-HyStepperBase* HyFrame::getPsStepper(int index) const {
-    return elementOrNull(mPsStepperArr, index);
-}
-
-// Universes.
-
-void HyFrame::addUniverse(HyUniverse* universe) {
-    if (!universe) {
-        HyWarning(0, "HyFrame::addUniverse: pHyUniverse != __null\n");
-        return;
-    }
-    mObservers.forEach([universe](Observer& o) { o.universeAboutToBeAdded(*universe); });
-    addStepper(universe);
-    mObservers.forEach([universe](Observer& o) { o.universeAdded(*universe); });
-}
-
-bool HyFrame::removeUniverse(HyUniverse* universe) {
-    if (!universe) {
-        HyWarning(0, "HyFrame::removeUniverse: pHyUniverse != __null\n");
-        return false;
-    }
-    mObservers.forEach([universe](Observer& o) { o.universeAboutToBeRemoved(*universe); });
-    const bool wasThere = removeStepper(universe);
-    mObservers.forEach([universe](Observer& o) { o.universeRemoved(*universe); });
-    return wasThere;
-}
-
-int HyFrame::getUniverseCount() const {
-    return static_cast<int>(mUniverseArr.size());
-}
-
-HyUniverse* HyFrame::getUniverse(int index) const {
-    return static_cast<HyUniverse*>(elementOrNull(mUniverseArr, index));
-}
-
-HyUniverse& HyFrame::getUniverse() {
-    if (mUniverseArr.empty())
-        addUniverse(new HyUniverse(kDefaultGeometries, kDefaultPairs, nullptr));
-    return *static_cast<HyUniverse*>(mUniverseArr[0]);
-}
-
-void HyFrame::registerObserver(Observer* observer) {
-    if (!observer)
-        HyWarning(0, "HyFrame::registerObserver: observer != __null\n");
-    mObservers.add(observer);
-}
-
-void HyFrame::unregisterObserver(Observer* observer) {
-    if (!observer)
-        HyWarning(0, "HyFrame::unregisterObserver: observer != __null\n");
-    mObservers.remove(observer);
 }
 
 // Threads and others.
