@@ -49,6 +49,13 @@ enum DynBodyState : unsigned {
     kDynBodyKinematic = 2,
 };
 
+/// A pose to the last bit: frame, centre of mass and quaternion as the integrator left them.
+struct DynBodyPose {
+    KitMatrix4 bodyTM;
+    KitMatrix4 tm;   ///< of the centre of mass
+    KitVector4 qrot; ///< orientation of tm: w, x, y, z
+};
+
 /// Chooses a friction direction for a contact of the body.
 using DynFrictionDirectionCB = void (*)(DynBaseConstraint* contact, DynBody* body, void* data);
 
@@ -75,6 +82,7 @@ struct DynBody {
     std::uint64_t solvedStep; ///< the world step that solved it last
     std::uint64_t serial;     ///< order of creation, never repeated in a process
     // Read when the state changes.
+    KitPool* pool; ///< that it was made in
     DynWorld* world;
     DynBody* next;
     DynBody** tome;
@@ -89,18 +97,24 @@ struct DynBody {
     bool impulseConsumed;
 };
 
-/// Defaults of new bodies. Life of a body outside a world; a world's pool is used when world is given.
+// No body argument may be null, except where a function destroys. A vector or number that is not
+// finite is refused with a warning.
+
+/// Of the bodies made or reset from now on.
 HY_API void DynBodySetDefaultAutoDisableParams(const DynAutoDisableParams& params);
 [[nodiscard]] HY_API const DynAutoDisableParams& DynBodyGetDefaultAutoDisableParams();
 /// A body in its initial state (mass 1 kg, sphere inertia 0.4, at the origin, dynamic, disabled) from
 /// the world's pool, not yet inserted. Null if the pool cannot grow.
 [[nodiscard]] HY_API DynBody* DynBodyCreate(DynWorld* world);
 [[nodiscard]] HY_API DynBody* DynBodyCreateInPool(KitPool* pool);
+/// Takes the body out of its world, its constraints and its forces, and gives it back to its pool.
 HY_API void DynBodyDestroy(DynBody* body);
 HY_API void DynBodyDestroyInPool(DynBody* body, KitPool* pool);
+/// The initial state again. The body keeps its world, its constraints, its part and its serial.
 HY_API void DynBodyReset(DynBody* body);
 /// Not provided: a fatal error.
 HY_API void DynBodyCopy(DynBody* to, const DynBody* from);
+/// Zeroes velocities, accelerations, momenta and all loads; an enabled body counts its steps anew.
 HY_API void DynBodyResetDynamics(DynBody* body);
 /// Keeps the sum of user and constraint load as the last load, then zeroes both.
 HY_API void DynBodyResetForces(DynBody* body);
@@ -111,12 +125,16 @@ HY_API void DynBodyRestoreUserForces(DynBody* body);
 /// Gives back the impulses that the present step consumed.
 HY_API void DynBodyRearmImpulses(DynBody* body);
 
+/// Wakes a dynamic body and starts its count of steps anew; no other body.
 HY_API void DynBodyEnable(DynBody* body);
 HY_API void DynBodyDisable(DynBody* body);
+// The same without telling the collision geometries.
 HY_API void DynBodyEnableNoCB(DynBody* body);
 HY_API void DynBodyDisableNoCB(DynBody* body);
 [[nodiscard]] HY_API bool DynBodyIsEnabled(const DynBody* body);
+/// Enables a dynamic body; for another, every dynamic body that shares a constraint with it.
 HY_API void DynBodyEnableConnectedBodies(DynBody* body);
+/// Takes the body out of the dynamics, at rest or not; its constraints hold on to it as to a wall.
 HY_API void DynBodyFreeze(DynBody* body);
 HY_API void DynBodyUnFreeze(DynBody* body);
 [[nodiscard]] HY_API bool DynBodyIsFrozen(const DynBody* body);
@@ -125,7 +143,9 @@ HY_API void DynBodyMakeKinematic(DynBody* body);
 [[nodiscard]] HY_API bool DynBodyIsDynamic(const DynBody* body);
 [[nodiscard]] HY_API bool DynBodyIsKinematic(const DynBody* body);
 [[nodiscard]] HY_API bool DynBodyIsMovingTest(const DynBody* body);
+/// Steps since the body was enabled, -1 for a disabled one.
 [[nodiscard]] HY_API int DynBodyGetEnabledTime(const DynBody* body);
+/// No effect on a disabled body.
 HY_API void DynBodySetEnabledTime(DynBody* body, int steps);
 
 // Transforms of the body frame, world axes. What is not finite is refused with a warning.
@@ -139,6 +159,9 @@ HY_API void DynBodySetQuaternion(DynBody* body, const KitVector4 q);
 HY_API void DynBodyGetPosition(const DynBody* body, KitVector3 position);
 HY_API void DynBodyGetOrientation(const DynBody* body, KitMatrix3 rotation);
 HY_API void DynBodyGetQuaternion(const DynBody* body, KitVector4 q);
+HY_API void DynBodyGetPose(const DynBody* body, DynBodyPose* pose);
+/// Puts back what DynBodyGetPose gave, to the bit; nothing else of the body changes.
+HY_API void DynBodySetPose(DynBody* body, const DynBodyPose& pose);
 /// Moves the body and gives it the velocities that reach the transform in dt seconds.
 HY_API void DynBodyMoveTo(DynBody* body, const KitMatrix4 tm, KitReal dt);
 /// Transform of the centre of mass in the body frame. Keeps the motion of the material: the linear

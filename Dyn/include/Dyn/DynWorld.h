@@ -103,6 +103,7 @@ struct DynWorld {
     int maxKiroFrames; ///< most partitions solved in one slice
     Hy::HyUniverse* universe;
     DynWorldHost host;
+    std::uint64_t forceListVersion;  ///< rises whenever the list of enabled forces changes
     std::uint64_t stepCount;         ///< number of the present step, see DynBody::solvedStep
     struct DynWorldScratch* scratch; ///< buffers that live from step to step
 };

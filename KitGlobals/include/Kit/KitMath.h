@@ -1,7 +1,12 @@
 #pragma once
+#include <Kit/KitEigen3.h>
 #include <Kit/KitEpsilon.h>
+#include <Kit/KitInertia.h>
 #include <Kit/KitMathFn.h>
 #include <Kit/KitMatrix3.h>
 #include <Kit/KitMatrix4.h>
+#include <Kit/KitMatrixPrint.h>
 #include <Kit/KitQuaternion.h>
 #include <Kit/KitVector.h>
+#include <Kit/lsTransform.h>
+#include <Kit/lsVec3.h>

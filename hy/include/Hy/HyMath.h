@@ -1,4 +1,6 @@
 #pragma once
+#include <Hy/HyEulerAngles.h>
+#include <Hy/HyEulerOrder.h>
 #include <Hy/HyQuaternion.h>
 #include <Hy/HySmallReal.h>
 #include <Hy/HyTransform.h>

@@ -1,5 +1,5 @@
 #pragma once
-#include <Kit/KitTypes.h>
+#include <Hy/HyTypes.h>
 #include <Hy/HyVector3.h>
 #include <Kit/KitApi.h>
 #include <Kit/KitQuaternion.h>

@@ -1,8 +1,6 @@
 #pragma once
-#include <Kit/KitTypes.h>
 
 namespace Hy {
-using HyReal = KitReal;
 
 /// What counts as zero for a number near one, by its type.
 template <class T>

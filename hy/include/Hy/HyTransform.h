@@ -1,7 +1,7 @@
 #pragma once
 #include <Hy/HyQuaternion.h>
 #include <Hy/HySmallReal.h>
-#include <Kit/KitTypes.h>
+#include <Hy/HyTypes.h>
 #include <Hy/HyVector3.h>
 #include <Kit/KitApi.h>
 #include <Kit/KitMatrix4.h>

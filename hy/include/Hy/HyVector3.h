@@ -1,6 +1,6 @@
 #pragma once
 #include <Hy/HySmallReal.h>
-#include <Kit/KitTypes.h>
+#include <Hy/HyTypes.h>
 #include <Kit/KitApi.h>
 #include <Kit/KitVector.h>
 #include <algorithm>

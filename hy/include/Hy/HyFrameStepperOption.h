@@ -1,0 +1,112 @@
+#pragma once
+#include <Hy/HyArray.h>
+#include <Hy/HyTypes.h>
+#include <Kit/KitApi.h>
+
+namespace Hy {
+
+/// Says which actions a step takes, and carries the checks that watch it. One object for the process,
+/// independent of the life of the frame; a new frame starts it in kModeNormal.
+class HY_API HyFrameStepperOption {
+public:
+    /// What each mode sets is told in HyFrameStepperOption.cpp's table, in the order of the actions:
+    /// collision, dynamics, integration, checks, recovery.
+    enum StepperModeEnum {
+        kModeNormal = 0,                     ///< all but checks and recovery
+        kModeCheck = 1,                      ///< all but recovery
+        kModeSafe = 2,                       ///< all
+        kModeDoNothing = 3,                  ///< none
+        kModeCollisionOnly = 4,              ///< collision
+        kModeCollisionAndDynamics = 5,       ///< collision, dynamics, checks
+        kModeDynamicsAndIntegrationOnly = 6, ///< dynamics, integration, checks
+        kModeManual = 7,                     ///< the actions were set one by one
+    };
+
+    /// A check: is called at fixed places of a step while it stands in getCheckSubscriberArray() and
+    /// checks are on, always on the stepping thread. Aborts the step by HyFrame::setStepAborted().
+    class HY_API CheckSubscriber {
+    public:
+        virtual ~CheckSubscriber() = default;
+        // Each answers true to go on.
+        /// Before the solve of all steppers.
+        virtual bool preUpdateForceCheck() { return true; }
+        /// After the solve of all steppers.
+        virtual bool postUpdateForceCheck() { return true; }
+        /// At the end of a step.
+        virtual bool postStepCheck() { return true; }
+        /// Reports the last finding.
+        virtual void output() {}
+        /// The step is cut at a time of impact, also while checks are off.
+        /// @param time s from the start of the step
+        virtual void timeOfImpactEvent(HyReal time) { (void)time; }
+
+        void setPrintOutput(bool on) { mPrintOutput = on; }
+        /// Whether the check may print its findings.
+        [[nodiscard]] bool getPrintOutput() const { return mPrintOutput; }
+
+    private:
+        bool mPrintOutput = false;
+    };
+
+    static HyFrameStepperOption& instance();
+    HyFrameStepperOption(const HyFrameStepperOption&) = delete;
+    HyFrameStepperOption& operator=(const HyFrameStepperOption&) = delete;
+
+    /// Sets the actions of the mode; kModeManual leaves them. Not a mode: a warning, nothing changes.
+    void setStepperMode(StepperModeEnum mode);
+    [[nodiscard]] StepperModeEnum getStepperMode() const { return mStepperMode; }
+    /// Back to kModeNormal.
+    void resetStepperMode();
+
+    // Single actions. Setting one makes the mode kModeManual.
+    void setUpdateActionCollision(bool on);
+    void setUpdateActionDynamics(bool on);
+    void setUpdateActionIntegrate(bool on);
+    void setUpdateActionCheck(bool on);
+    void setUpdateActionRecovery(bool on);
+    [[nodiscard]] bool getUpdateActionCollision() const { return mUpdateActionCollision; }
+    [[nodiscard]] bool getUpdateActionDynamics() const { return mUpdateActionDynamics; }
+    [[nodiscard]] bool getUpdateActionIntegrate() const { return mUpdateActionIntegrate; }
+    [[nodiscard]] bool getUpdateActionCheck() const { return mUpdateActionCheck; }
+    [[nodiscard]] bool getUpdateActionRecovery() const { return mUpdateActionRecovery; }
+
+    /// Number of substeps in which an aborted step is simulated again, at least 2. Less: a warning,
+    /// nothing changes.
+    void setRecoverySubstepCount(int count);
+    [[nodiscard]] int getRecoverySubstepCount() const { return mRecoverySubstepCount; }
+
+    /// Lets all active checks print or not.
+    void setVerbose(bool on);
+    [[nodiscard]] bool getVerbose() const { return mVerbose; }
+
+    /// The active checks, in the order in which they are called. Not owned: an application adds its
+    /// own here and takes them out before they go, also from inside a check.
+    [[nodiscard]] HyArray<CheckSubscriber*>& getCheckSubscriberArray() {
+        return mCheckSubscriberArray;
+    }
+
+private:
+    friend class HyFrame; // calls the hooks
+
+    HyFrameStepperOption();
+    ~HyFrameStepperOption();
+    void preUpdateForce();
+    void postUpdateForce();
+    void postStep();
+    void timeOfImpactEvent(HyReal time);
+    template <typename Call>
+    void forEachCheck(Call call);
+
+    StepperModeEnum mStepperMode = kModeNormal;
+    bool mUpdateActionCollision = true;
+    bool mUpdateActionDynamics = true;
+    bool mUpdateActionIntegrate = true;
+    bool mUpdateActionCheck = false;
+    bool mUpdateActionRecovery = false;
+    bool mVerbose = false;
+    int mRecoverySubstepCount = 10;
+    HyArray<CheckSubscriber*> mCheckSubscriberArray;
+    HyArray<CheckSubscriber*> mCheckWalk; ///< the checks of the hook that runs
+};
+
+} // namespace Hy

@@ -1,0 +1,269 @@
+#pragma once
+#include <Hy/HyCallbackList.h>
+#include <Hy/SortedVector.h>
+#include <Hy/HyStepperBase.h>
+#include <Hy/HyVector3.h>
+
+struct DynBody;
+struct DynWorld;
+
+namespace Hy {
+class HyMaterialTable;
+class HyPart;
+class HyUniverseObserver;
+class HyUniverseState;
+
+/// One simulated world: the parts in it, and the dynamics world below them.
+///
+/// Joins a frame with HyFrame::addUniverse(), is stepped by HyFrame::step(), and leaves the frame
+/// when it is destroyed. It owns the parts that it holds. Contents should not change while it is
+/// stepping: such a call is warned of and carried out.
+class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
+public:
+    using Parts = SortedVector<HyPart*, HyCreationOrder>;
+
+    /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
+    struct UniverseTimings {
+        HyReal advanceKinematics = 0;
+        HyReal solveDynamics = 0;
+        HyReal integrate = 0;
+        HyReal updateSubscribers = 0;
+        HyReal preStepParts = 0;
+        HyReal postStepParts = 0;
+    };
+
+    /// Is called in each detection, so in each substep, before the solve. Not owned.
+    class HY_API UpdateSubscriber {
+    public:
+        virtual ~UpdateSubscriber() = default;
+        virtual void update(HyUniverse* universe) = 0;
+        /// The universe was brought to another state.
+        virtual void reset() = 0;
+    };
+
+    /// How the solver takes the partitions of a step: by its own choice, in one pass by size, or
+    /// group after group.
+    enum PartitionSplitting {
+        kPartitionSplittingAutomatic = 0,
+        kPartitionSplittingOnePass = 1,
+        kPartitionSplittingGroup = 2,
+    };
+
+    class DynamicPartIterator;
+
+    // Life.
+
+    /// A universe with earth's gravity and auto-sleep on.
+    /// @param maxCollisionGeometries capacity, raised to an even number
+    /// @param maxCollisionPairs capacity
+    /// @param materialTable null; the argument keeps the place of a shared table of materials
+    HyUniverse(unsigned maxCollisionGeometries, unsigned maxCollisionPairs,
+               HyMaterialTable* materialTable);
+    /// Tells the observers, then destroys all contents.
+    ~HyUniverse() override;
+    [[nodiscard]] const char* getClassName() const override { return "HyUniverse"; }
+    [[nodiscard]] unsigned getCollisionGeometryMaxCount() const {
+        return mCollisionGeometriesMaxCount;
+    }
+
+    // Parts.
+
+    /// Takes a part, out of another universe if it is in one. Answers false for null and for a part
+    /// that is here already.
+    bool addPart(HyPart* part);
+    /// Gives a part back to the caller. Answers it, or null if it was not here.
+    HyPart* removePart(HyPart* part);
+    /// Removes and deletes a part; nothing if it is not here.
+    void destroyPart(HyPart* part);
+    /// Removes and deletes all parts, the youngest first.
+    void destroyParts();
+    /// In the order of creation.
+    [[nodiscard]] const Parts& getParts() const { return mParts; }
+
+    /// Visits the parts that are awake: dynamic in effect, and merge roots. Elements may be removed,
+    /// put to sleep or destroyed on the way.
+    [[nodiscard]] DynamicPartIterator dynamicPartBegin();
+    [[nodiscard]] DynamicPartIterator dynamicPartEnd();
+
+    // Observers and subscribers; not owned.
+
+    /// Lets an observer follow the contents; it leaves the universe that it observed before. Null,
+    /// and one that is here already: nothing.
+    /// @param notify tell it of what is here
+    void registerObserver(HyUniverseObserver* observer, bool notify);
+    /// @param notify tell it of the removal of what is here
+    void unregisterObserver(HyUniverseObserver* observer, bool notify);
+    /// Null, and one that is here already: nothing.
+    void addUpdateSubscriber(UpdateSubscriber* subscriber);
+    void removeUpdateSubscriber(UpdateSubscriber* subscriber);
+    [[nodiscard]] bool containsUpdateSubscriber(const UpdateSubscriber* subscriber) const;
+    [[nodiscard]] unsigned getUpdateSubscriberCount() const;
+    /// In the order of adding; null for an index out of range.
+    [[nodiscard]] UpdateSubscriber* getUpdateSubscriber(unsigned index) const;
+
+    // Settings.
+
+    /// m/s². Wakes every part. Not finite: a warning, nothing changes.
+    void setGravity(const HyVector3& gravity);
+    void setGravity(HyReal x, HyReal y, HyReal z);
+    /// (0, 0, -9.80665) m/s².
+    void setEarthGravity();
+    [[nodiscard]] HyVector3 getGravity() const;
+    /// Lets parts at rest fall asleep.
+    void setAutoSleep(bool on);
+    [[nodiscard]] bool getAutoSleep() const;
+
+    // Settings of the solver, forwarded to the dynamics world.
+
+    /// Most coupling passes of any partition.
+    void setSolverMaxCouplingIteration(int count);
+    [[nodiscard]] int getSolverMaxCouplingIteration() const;
+    /// Solves partitions on the frame's thread pool.
+    void setDynamicsMultithreaded(bool on);
+    [[nodiscard]] bool getDynamicsMultithreaded() const;
+    /// Most partitions that are solved in one slice; nothing unless above 0.
+    void setMaxSimultaneousSolverCount(int count);
+    [[nodiscard]] int getMaxSimultaneousSolverCount() const;
+    void setSolverPartitionSplitting(PartitionSplitting splitting);
+    [[nodiscard]] PartitionSplitting getSolverPartitionSplitting() const;
+    /// Solver group whose settings all secondary partitions take; negative, as at the start: that of
+    /// their own.
+    void setGlobalCouplingSolverGroup(int group) { mGlobalCouplingSolverGroup = group; }
+    [[nodiscard]] int getGlobalCouplingSolverGroup() const { return mGlobalCouplingSolverGroup; }
+    /// Most constraints in a secondary partition, at least 1.
+    void setPartitionerMaxSecondarySize(int count);
+    [[nodiscard]] int getPartitionerMaxSecondarySize() const;
+    /// Constraints that a partition may reach into other solver groups; -1 lets partitions disregard
+    /// the groups.
+    void setPartitionerCrossGroupingDepth(int depth);
+    [[nodiscard]] int getPartitionerCrossGroupingDepth() const;
+    /// Number of solver groups that have settings.
+    [[nodiscard]] int getSolverParametersCount() const;
+
+    // State.
+
+    /// Captures parts, gravity and auto-sleep. Owned by the caller.
+    [[nodiscard]] HyUniverseState* createState() const;
+    /// Brings back what the state captured, of the parts that are still here. Null: nothing. The
+    /// state of another universe, or a call while stepping: a warning, nothing changes.
+    void restoreState(HyUniverseState* state);
+    /// Stops all parts and clears their loads.
+    void resetDynamics();
+
+    // Diagnostics.
+
+    /// Prints on the error stream what may make the simulation unstable. Changes nothing.
+    void verifyUniverseContent() const;
+    /// Writes a readable report of the contents into a file.
+    /// @param fileName one that can't be written: a warning
+    void printContent(const char* fileName) override;
+    /// Number of partitions of the last solve.
+    [[nodiscard]] int getLastPartitionCount() const;
+    [[nodiscard]] const UniverseTimings& getUniverseTimings() const { return mUniverseTimings; }
+
+    // Stepping.
+
+    /// True from detection until the end of integration.
+    [[nodiscard]] bool isStepping() const { return mStepping; }
+    /// Earliest time of impact of the present substep, s; the whole time step if there is none.
+    [[nodiscard]] virtual HyReal getCollisionSafeTime() const;
+    void restoreExternalForcesForSubstepping() override;
+
+    // For parts.
+
+    /// A part's body enters or leaves the dynamics world. While stepping: a warning, and it does.
+    void insertDynBody(DynBody* body);
+    void removeDynBody(DynBody* body);
+    /// The part wants HyPart::preStep() at the start of the next step; asked once for each step.
+    void partNeedsPreStep(HyPart* part);
+    /// The part has left; it is called no more.
+    void partLeavesPreStep(HyPart* part);
+    [[nodiscard]] DynWorld* getDynWorld() const { return mWorld; }
+
+protected:
+    void preUpdateImpl() override;
+    void detectCollisionsImpl(HyReal dt) override;
+    void advanceKinematicsImpl(HyReal dt) override;
+    void solveDynamicsImpl(HyReal dt) override;
+    void revertDynamicsImpl() override;
+    void advanceDynamicsImpl(HyReal dt) override;
+    void postUpdateImpl() override;
+
+private:
+    template <typename T>
+    struct MemberKind;
+    static const MemberKind<HyPart> kParts;
+
+    template <typename T>
+    bool addMember(const MemberKind<T>& kind, T* member);
+    template <typename T>
+    T* removeMember(const MemberKind<T>& kind, T* member);
+    template <typename T>
+    void destroyMembers(const MemberKind<T>& kind);
+    template <typename T>
+    bool tellObservers(void (HyUniverseObserver::*call)(T*), T* member);
+    template <typename T>
+    void tellOfContents(HyUniverseObserver& observer, const MemberKind<T>& kind,
+                        void (HyUniverseObserver::*call)(T*));
+
+    void init(unsigned maxCollisionGeometries);
+    template <typename Stage>
+    void measure(HyReal& milliseconds, Stage stage);
+    void preStepParts();
+    void postStepParts();
+    void saveUserForces();
+
+    Parts mParts;
+    Parts mPreStepParts; ///< have asked to be called at the start of the next step
+    Parts mSteppedParts; ///< were called at the start of this step
+    HyCallbackList<HyUniverseObserver> mObservers;
+    HyCallbackList<UpdateSubscriber> mUpdateSubscriberList;
+    DynamicPartIterator* mIterators = nullptr; ///< those on their way, newest first
+    DynWorld* mWorld = nullptr;
+    HyTimer mTimer;
+    UniverseTimings mUniverseTimings;
+    unsigned mCollisionGeometriesMaxCount = 0;
+    int mGlobalCouplingSolverGroup = -1;
+    bool mStepping = false;
+};
+
+/// Place of a visit to the awake parts. Known to its universe, so that it passes over parts that
+/// leave while it holds them; null then, and after the last. Stays valid when the universe goes.
+class HY_API HyUniverse::DynamicPartIterator {
+public:
+    DynamicPartIterator(const DynamicPartIterator& other);
+    DynamicPartIterator& operator=(const DynamicPartIterator& other);
+    ~DynamicPartIterator();
+
+    /// The present part; null once it has left the universe.
+    [[nodiscard]] HyPart* operator*() const;
+    [[nodiscard]] HyPart* operator->() const { return **this; }
+    /// Goes on to the next part. If the present and the next one have both been put to sleep, or
+    /// have left, the visit ends with a warning.
+    DynamicPartIterator& operator++();
+    [[nodiscard]] bool operator==(const DynamicPartIterator& other) const {
+        return mBody == other.mBody;
+    }
+
+private:
+    friend class HyUniverse;
+    DynamicPartIterator() = default;
+    explicit DynamicPartIterator(HyUniverse& universe);
+
+    [[nodiscard]] static bool isVisited(const DynBody* body);
+    [[nodiscard]] static DynBody* firstFrom(DynBody* body);
+    void copyPlace(const DynamicPartIterator& other);
+    void join(HyUniverse* universe);
+    void leave();
+    void bodyLeaves(const DynBody* body);
+
+    HyUniverse* mUniverse = nullptr;
+    DynBody* mBody = nullptr;
+    DynBody* mNextBody = nullptr;
+    int mRemaining = 0;     ///< bounds the visit where parts keep changing places
+    bool mNextLost = false; ///< the next part has left
+    DynamicPartIterator* mNewer = nullptr;
+    DynamicPartIterator* mOlder = nullptr;
+};
+
+} // namespace Hy

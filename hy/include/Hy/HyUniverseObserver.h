@@ -1,0 +1,34 @@
+#pragma once
+#include <Kit/KitApi.h>
+
+namespace Hy {
+class HyPart;
+class HyUniverse;
+
+/// Follows the contents of a universe (see HyUniverse::registerObserver). Observes one universe at a
+/// time and leaves it when destroyed. May unregister itself or others from inside a call.
+class HY_API HyUniverseObserver {
+public:
+    HyUniverseObserver() = default;
+    HyUniverseObserver(const HyUniverseObserver&) = delete;
+    HyUniverseObserver& operator=(const HyUniverseObserver&) = delete;
+    virtual ~HyUniverseObserver();
+
+    /// The universe still has all its contents.
+    virtual void onUniverseAboutToBeDestroyed() {}
+    /// A state was restored (see HyUniverse::restoreState).
+    virtual void onStateRestored() {}
+    /// The part is in the universe.
+    virtual void onPartAdded(HyPart*) {}
+    /// The part has left the universe and is still alive.
+    virtual void onPartRemoved(HyPart*) {}
+
+    /// Null while it observes none.
+    [[nodiscard]] HyUniverse* getObservedUniverse() const { return mObservedUniverse; }
+
+private:
+    friend class HyUniverse;
+    HyUniverse* mObservedUniverse = nullptr;
+};
+
+} // namespace Hy

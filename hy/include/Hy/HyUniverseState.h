@@ -1,0 +1,35 @@
+#pragma once
+#include <Hy/HyPointer.h>
+#include <Hy/HyVector3.h>
+#include <Kit/KitApi.h>
+
+#include <memory>
+#include <vector>
+
+namespace Hy {
+class HyPartState;
+class HyUniverse;
+
+/// What HyUniverse::createState() has captured; owned by the caller.
+class HY_API HyUniverseState {
+public:
+    HyUniverseState(const HyUniverseState&) = delete;
+    HyUniverseState& operator=(const HyUniverseState&) = delete;
+    ~HyUniverseState();
+
+    /// Brings the universe back to the state, if it is still alive (see HyUniverse::restoreState).
+    void restore();
+    /// The universe that was captured, null once it is destroyed.
+    [[nodiscard]] HyUniverse* getInstance() const { return mInstance.get(); }
+
+private:
+    friend class HyUniverse;
+    HyUniverseState();
+
+    HyPointer<HyUniverse> mInstance;
+    std::vector<std::unique_ptr<HyPartState>> mParts; ///< in the order of the parts' creation
+    HyVector3 mGravity;                               ///< m/s²
+    bool mAutoSleep = true;
+};
+
+} // namespace Hy
