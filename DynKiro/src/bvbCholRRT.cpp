@@ -17,7 +17,7 @@ struct bvbCholRRT::Storage {
     DynsFrontalFactor full, freeRows;
     DynsFrontalFactor::Cost cost; ///< of the factor over all rows
     bool fullStands = false;
-    DynsSkyline elements; ///< A set by elements
+    mutable DynsSkyline elements; ///< A set by elements, or for those who ask for elements
     mutable DynsSkyline natural;
     mutable bool naturalStands = false;
     DynsColumnCache columns;
@@ -73,6 +73,7 @@ void bvbCholRRT::allocate(int rows) {
     mStorage->columnSolved.assign(static_cast<std::size_t>(n), 0U);
     column_solved = mStorage->columnSolved.data();
     mStorage->rows = nullptr;
+    mStorage->elements.reset(0);
     flags = kLCPMatrixAllocated;
     solver_error = 0;
 }
@@ -106,11 +107,9 @@ KitReal bvbCholRRT::setElement(int i, int j, KitReal value) {
 
 KitReal bvbCholRRT::getElement(int i, int j) const {
     const Storage& s = *mStorage;
-    if (s.rows == nullptr)
-        return s.elements.get(i, j);
-    DynsSkyline A;
-    A.build(*s.rows);
-    return A.get(i, j);
+    if (s.rows != nullptr && s.elements.size() != n)
+        s.elements.build(*s.rows);
+    return s.elements.get(i, j);
 }
 
 KitReal bvbCholRRT::getElementFactor(int i, int j) const {
