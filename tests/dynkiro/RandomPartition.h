@@ -37,13 +37,23 @@ public:
         for (int i = 0; i < rows->n_g_rows; ++i)
             for (int k = 0; k < 6; ++k) // unit masses: M^-1 is the identity
                 rows->gm_rows[i][k] = rows->g_rows[i][k];
-        buildDense();
     }
     ~RandomPartition() { DynsConstraintsDestroy(rows, &KitMemoryAPI); }
     RandomPartition(const RandomPartition&) = delete;
     RandomPartition& operator=(const RandomPartition&) = delete;
 
     [[nodiscard]] int size() const { return rows->n_constraint_rows; }
+
+    /// J M^-1 J^T and the softness.
+    [[nodiscard]] Eigen::MatrixXd dense() const {
+        Eigen::MatrixXd J = Eigen::MatrixXd::Zero(size(), 6 * static_cast<int>(bodies.size()));
+        for (int b = 0; b < rows->n_g_blocks; ++b)
+            for (int r = 0; r < rows->g_block_size[b]; ++r)
+                for (int k = 0; k < 6; ++k)
+                    J(rows->g_block_first_row[b] + r, 6 * rows->g_bodies_idx[b] + k) +=
+                        rows->G[b][r][k];
+        return J * J.transpose() + 0.01 * Eigen::MatrixXd::Identity(size(), size());
+    }
 
     static std::vector<Joint> chain(int links, int rowsEach) {
         std::vector<Joint> joints;
@@ -67,7 +77,6 @@ public:
 
     std::vector<DynsBody> bodies;
     DynsConstraints* rows;
-    Eigen::MatrixXd A;
 
 private:
     void push(std::mt19937_64& random, const Joint& joint) {
@@ -90,15 +99,5 @@ private:
             rows->lower[i] = -kKitInfinity;
             rows->upper[i] = kKitInfinity;
         }
-    }
-
-    void buildDense() {
-        Eigen::MatrixXd J = Eigen::MatrixXd::Zero(size(), 6 * static_cast<int>(bodies.size()));
-        for (int b = 0; b < rows->n_g_blocks; ++b)
-            for (int r = 0; r < rows->g_block_size[b]; ++r)
-                for (int k = 0; k < 6; ++k)
-                    J(rows->g_block_first_row[b] + r, 6 * rows->g_bodies_idx[b] + k) +=
-                        rows->G[b][r][k];
-        A = J * J.transpose() + 0.01 * Eigen::MatrixXd::Identity(size(), size());
     }
 };
