@@ -1,6 +1,9 @@
 #include <Hy/HyBase.h>
 
+#include <Hy/HyMessage.h>
 #include <Hy/HyNameValidation.h>
+#include <Hy/HySubscriberCollection.h>
+#include <Hy/HyThread.h>
 
 #include <algorithm>
 #include <memory>
@@ -19,10 +22,46 @@ std::uint64_t takeSerial() {
     return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
+bool isSubscription(const char* operation, int event, const HyBase::Subscriber* subscriber) {
+    if (event < 0 || event >= HyBase::EVENT_NUM) {
+        HyWarning(0, "HyBase::%s: event must be kEventDestroy or kEventCreate.\n", operation);
+        return false;
+    }
+    if (!subscriber) {
+        HyWarning(0, "HyBase::%s: subscriber must not be null.\n", operation);
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 struct HyBase::Extras {
-    std::string name;
+    Extras() : mSubscriberMutex(HyThreadMutexCreate()) {}
+    Extras(const Extras&) = delete;
+    Extras& operator=(const Extras&) = delete;
+    ~Extras() { HyThreadMutexDestroy(mSubscriberMutex); }
+
+    /// What the operation on the subscribers gives, done under their mutex.
+    template <class Operation>
+    auto underMutex(Operation operation) {
+        struct Lock {
+            HyThreadMutex* mutex;
+            explicit Lock(HyThreadMutex* m) : mutex(m) {
+                if (mutex)
+                    HyThreadMutexLock(mutex);
+            }
+            ~Lock() {
+                if (mutex)
+                    HyThreadMutexUnlock(mutex);
+            }
+        } const lock(mSubscriberMutex);
+        return operation(mSubscriberList);
+    }
+
+    HySubscriberCollection<Event, Subscriber, EVENT_NUM> mSubscriberList;
+    std::string mName;
+    HyThreadMutex* const mSubscriberMutex; ///< guards mSubscriberList
 };
 
 std::atomic<std::uint32_t> HyBase::s_defaultHyBaseCounter{0};
@@ -36,6 +75,8 @@ HyBase::HyBase()
 }
 
 HyBase::~HyBase() {
+    if (Extras* const extras = mExtras.load(std::memory_order_acquire))
+        extras->mSubscriberList.notify(kEventDestroy, this);
     delete mExtras.load(std::memory_order_acquire);
 }
 
@@ -71,11 +112,15 @@ void HyBase::setHyName(const std::string& name) {
 }
 
 void HyBase::setNameBase(const char* name) {
-    getExtras().name =
+    getExtras().mName =
         name ? HyNameValidation::replaceRestrictedCharacters(name, '_') : std::string();
 }
 
 void HyBase::setCombinedName(const char* a, const char* b, int number) {
+    if (!a || !b) {
+        HyWarning(0, "HyBase::setCombinedName: neither name may be null.\n");
+        return;
+    }
     std::string name(a);
     name.resize(std::min(name.size(), kMaxFirstPart));
     name.append("_").append(b);
@@ -89,12 +134,47 @@ const std::string& HyBase::getName() const {
     // A name made on first asking is no change of the object: it had been its name all along.
     if (!hasName())
         const_cast<HyBase*>(this)->setCombinedName("default", getClassName());
-    return getExtras().name;
+    return getExtras().mName;
 }
 
 bool HyBase::hasName() const {
     const Extras* extras = mExtras.load(std::memory_order_acquire);
-    return extras && !extras->name.empty();
+    return extras && !extras->mName.empty();
+}
+
+void HyBase::addSubscriber(Event event, Subscriber* subscriber) {
+    if (isSubscription("addSubscriber", event, subscriber))
+        getExtras().underMutex([&](auto& list) { list.addSubscriber(event, subscriber); });
+}
+
+void HyBase::removeSubscriber(Event event, Subscriber* subscriber) {
+    if (!isSubscription("removeSubscriber", event, subscriber))
+        return;
+    if (Extras* const extras = mExtras.load(std::memory_order_acquire))
+        extras->underMutex([&](auto& list) { list.removeSubscriber(event, subscriber); });
+}
+
+bool HyBase::isSubscribed(Event event, Subscriber* subscriber) const {
+    Extras* const extras = mExtras.load(std::memory_order_acquire);
+    return isSubscription("isSubscribed", event, subscriber) && extras &&
+           extras->underMutex(
+               [&](auto& list) { return list.containSubscriber(event, subscriber); });
+}
+
+void HyBase::addSubscriber(Subscriber* subscriber) {
+    if (isSubscription("addSubscriber", kEventDestroy, subscriber))
+        getExtras().underMutex([&](auto& list) { list.addSubscriber(subscriber); });
+}
+
+void HyBase::removeSubscriber(Subscriber* subscriber) {
+    if (Extras* const extras = mExtras.load(std::memory_order_acquire))
+        extras->underMutex([&](auto& list) { list.removeSubscriber(subscriber); });
+}
+
+bool HyBase::isSubscribed(Subscriber* subscriber) const {
+    Extras* const extras = mExtras.load(std::memory_order_acquire);
+    return extras &&
+           extras->underMutex([&](auto& list) { return list.containSubscriber(subscriber); });
 }
 
 void HyBase::setConstructorSubscriber(Subscriber* subscriber) {

@@ -1,5 +1,7 @@
 #include <Hy/HyNameValidation.h>
 
+#include <Hy/HyMessage.h>
+
 #include <atomic>
 
 namespace Hy {
@@ -13,9 +15,17 @@ std::string HyNameValidation::replaceRestrictedCharacters(const std::string& nam
     if (!getIsEnabled())
         return name;
     std::string valid = name;
-    for (char& c : valid)
-        if (getRestrictedCharacters().find(c) != std::string::npos)
-            c = replacement;
+    std::string report;
+    for (char& c : valid) {
+        if (getRestrictedCharacters().find(c) == std::string::npos)
+            continue;
+        report +=
+            std::string("Replaced invalid character '") + c + "' with '" + replacement + "'. ";
+        c = replacement;
+    }
+    if (!report.empty())
+        HyWarning(2, "%sComplete name was: %s New name is: %s.", report.c_str(), name.c_str(),
+                  valid.c_str());
     return valid;
 }
 

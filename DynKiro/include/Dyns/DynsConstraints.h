@@ -87,6 +87,7 @@ struct DynsConstraints {
     int partition;           ///< index of the partition being packed, see DynsBody::localPartition
     int unconverged_solves;  ///< solves of this step that ended without converging
     int fallback_solves;     ///< of these, how many the block sweeps finished
+    int used_g_blocks, used_g_rows; ///< entries written since the last clearing reset
 };
 
 /// A row builder's view of the next free rows of a DynsConstraints.

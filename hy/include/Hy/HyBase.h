@@ -13,7 +13,7 @@ namespace Hy {
 /// be called from any thread; names belong to the thread that owns the object.
 class HY_API HyBase {
 public:
-    enum Event {
+    enum Event : int {
         kEventDestroy = 0, ///< the object is about to go; only its HyBase part still stands
         kEventCreate = 1,  ///< the object begins; only its HyBase part stands yet
         EVENT_NUM = 2
