@@ -143,7 +143,7 @@ public:
     // State.
 
     /// Captures parts, gravity and auto-sleep. Owned by the caller.
-    [[nodiscard]] HyUniverseState* createState() const;
+    [[nodiscard]] HyUniverseState* createState();
     /// Brings back what the state captured, of the parts that are still here. Null: nothing. The
     /// state of another universe, or a call while stepping: a warning, nothing changes.
     void restoreState(HyUniverseState* state);
