@@ -23,7 +23,7 @@ HyUniverseState* HyUniverse::createState() {
     auto* state = new HyUniverseState;
     state->mInstance = this;
     state->mParts.reserve(mParts.size());
-    for (const HyPart* part : mParts)
+    for (HyPart* part : mParts)
         state->mParts.emplace_back(part->createState());
     state->mGravity = getGravity();
     state->mAutoSleep = getAutoSleep();

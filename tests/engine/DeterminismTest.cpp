@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstdint>
-#include <cstring>
+#include <bit>
 #include <random>
 
 using namespace Hy;

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// A fresh frame for each test. Warnings are kept instead of printed.
@@ -64,7 +65,7 @@ public:
         add(text.str());
     }
     /// The text so far; begins anew.
-    [[nodiscard]] std::string take() { return std::exchange(mText, std::string()); }
+    std::string take() { return std::exchange(mText, std::string()); }
 
 private:
     std::string mText;

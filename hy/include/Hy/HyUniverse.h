@@ -43,7 +43,7 @@ public:
 
     /// How the solver takes the partitions of a step: by its own choice, in one pass by size, or
     /// group after group.
-    enum PartitionSplitting {
+    enum PartitionSplitting : int {
         kPartitionSplittingAutomatic = 0,
         kPartitionSplittingOnePass = 1,
         kPartitionSplittingGroup = 2,
