@@ -148,7 +148,7 @@ TEST(HyArrayTest, AssignmentKeepsStorageThatIsLargeEnough) {
     const CountingAllocator allocator;
     target = source;
     target.clear();
-    target = target;
+    target = *&target; // itself
     target = source;
     EXPECT_EQ(allocator.calls, 0);
     EXPECT_EQ(target, source);
