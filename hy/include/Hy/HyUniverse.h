@@ -43,7 +43,7 @@ public:
 
     /// How the solver takes the partitions of a step: by its own choice, in one pass by size, or
     /// group after group.
-    enum PartitionSplitting : int {
+    enum PartitionSplitting {
         kPartitionSplittingAutomatic = 0,
         kPartitionSplittingOnePass = 1,
         kPartitionSplittingGroup = 2,
@@ -143,7 +143,7 @@ public:
     // State.
 
     /// Captures parts, gravity and auto-sleep. Owned by the caller.
-    [[nodiscard]] HyUniverseState* createState();
+    [[nodiscard]] HyUniverseState* createState() const;
     /// Brings back what the state captured, of the parts that are still here. Null: nothing. The
     /// state of another universe, or a call while stepping: a warning, nothing changes.
     void restoreState(HyUniverseState* state);
