@@ -79,6 +79,11 @@ void DynBodyResetForces(DynBody* body) {
         KitVector3Zero(load);
 }
 
+void DynBodyClearUserForces(DynBody* body) {
+    KitVector3Zero(body->kiroBody.force);
+    KitVector3Zero(body->kiroBody.torque);
+}
+
 void DynBodySaveUserForces(DynBody* body) {
     KitVector3Copy(body->savedForce, body->kiroBody.force);
     KitVector3Copy(body->savedTorque, body->kiroBody.torque);

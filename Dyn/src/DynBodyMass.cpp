@@ -91,6 +91,12 @@ void DynBodySetMassAndScaleInertiaTensor(DynBody* body, KitReal mass) {
     DynBodySetInertiaTensor(body, tensor);
 }
 
+bool DynBodyIsValidInertiaTensor(const KitMatrix3 tensor) {
+    KitMatrix3 symmetric;
+    return symmetrize(symmetric, tensor) && isPositiveDefinite(symmetric) &&
+           KitMatrix3SymmetricInvert(symmetric);
+}
+
 void DynBodySetInertiaTensor(DynBody* body, const KitMatrix3 tensor) {
     KitMatrix3 own, inverse;
     bool valid = symmetrize(own, tensor);

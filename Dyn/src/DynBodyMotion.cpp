@@ -16,6 +16,17 @@ void setDamping(KitReal& damping, KitReal value, const char* function) {
     damping = value;
 }
 
+// Angular velocity and momentum in the axes of the tensor, by the tensor that acts.
+void getOwnMomentum(const DynBody* body, KitVector3 w, KitVector3 L) {
+    const DynsBody& solver = body->kiroBody;
+    KitMatrix4TMInverseRotate(w, solver.velrot, solver.tm);
+    if (DynBodyIsSphericalInertiaFlagSet(body))
+        KitVector3Scale(L, w, (solver._i0[0][0] + solver._i0[1][1] + solver._i0[2][2]) / 3);
+    else
+        KitVector3Set(L, KitVector3Dot(solver._i0[0], w), KitVector3Dot(solver._i0[1], w),
+                      KitVector3Dot(solver._i0[2], w));
+}
+
 } // namespace
 
 void DynBodySetLinearVelocity(DynBody* body, const KitVector3 v) {
@@ -42,6 +53,14 @@ void DynBodyGetLinearAcceleration(const DynBody* body, KitVector3 a) {
 
 void DynBodyGetAngularAcceleration(const DynBody* body, KitVector3 a) {
     KitVector3Copy(a, body->kiroBody.accelrot);
+}
+
+void DynBodySetAccelerations(DynBody* body, const KitVector3 linear, const KitVector3 angular) {
+    if (!DynCheckVector(linear, "DynBodySetAccelerations") ||
+        !DynCheckVector(angular, "DynBodySetAccelerations"))
+        return;
+    KitVector3Copy(body->kiroBody.accel, linear);
+    KitVector3Copy(body->kiroBody.accelrot, angular);
 }
 
 void DynBodyResetVelocityAndAcceleration(DynBody* body) {
@@ -86,17 +105,15 @@ void DynBodyGetAccelerationAtPoint(const DynBody* body, const KitVector3 point, 
 }
 
 KitReal DynBodyGetKineticEnergy(const DynBody* body) {
-    const DynsBody& solver = body->kiroBody;
-    KitVector3 w; // in the axes of the tensor
-    KitMatrix4TMInverseRotate(w, solver.velrot, solver.tm);
-    KitReal turning = 0; // w · I w
-    if (DynBodyIsSphericalInertiaFlagSet(body))
-        turning =
-            (solver._i0[0][0] + solver._i0[1][1] + solver._i0[2][2]) / 3 * KitVector3SquareNorm(w);
-    else
-        for (int i = 0; i < 3; ++i)
-            turning += w[i] * KitVector3Dot(solver._i0[i], w);
-    return (body->mass * KitVector3SquareNorm(solver.vel) + turning) / 2;
+    KitVector3 w, L;
+    getOwnMomentum(body, w, L);
+    return (body->mass * KitVector3SquareNorm(body->kiroBody.vel) + KitVector3Dot(w, L)) / 2;
+}
+
+void DynBodyGetAngularMomentum(const DynBody* body, KitVector3 L) {
+    KitVector3 w, own;
+    getOwnMomentum(body, w, own);
+    KitMatrix4TMRotate(L, own, body->kiroBody.tm);
 }
 
 void DynBodySetFastSpinAxis(DynBody* body, const KitVector3 axis) {

@@ -5,6 +5,7 @@
 #include <Kit/KitMath.h>
 #include <Kit/KitMessage.h>
 
+#include <algorithm>
 #include <cmath>
 
 // With C the centre-of-mass frame seen from the body frame: tm = C · bodyTM. comToBodyTM holds C⁻¹.
@@ -18,6 +19,10 @@ constexpr KitReal kQuaternionTolerance = 1e-7;
 void copyRows(KitMatrix4 to, const KitMatrix4 from) {
     for (int row = 0; row < 4; ++row)
         KitVector3Copy(to[row], from[row]);
+}
+
+bool isSame(const KitMatrix4 a, const KitMatrix4 b) {
+    return std::equal(a[0], a[0] + 16, b[0]);
 }
 
 void placeCenterOfMass(DynBody* body) {
@@ -137,6 +142,7 @@ void DynBodyGetQuaternion(const DynBody* body, KitVector4 q) {
 
 void DynBodyGetPose(const DynBody* body, DynBodyPose* pose) {
     KitMatrix4Copy(pose->bodyTM, body->bodyTM);
+    KitMatrix4Copy(pose->comToBodyTM, body->comToBodyTM);
     KitMatrix4Copy(pose->tm, body->kiroBody.tm);
     KitVector4Copy(pose->qrot, body->kiroBody.qrot);
 }
@@ -147,6 +153,10 @@ void DynBodySetPose(DynBody* body, const DynBodyPose& pose) {
         !DynCheckNumber(KitQuaternionDot(pose.qrot, pose.qrot), "DynBodySetPose"))
         return;
     copyRows(body->bodyTM, pose.bodyTM);
+    if (!isSame(body->comToBodyTM, pose.comToBodyTM)) {
+        UpdateCOMTransform(body);
+        return;
+    }
     copyRows(body->kiroBody.tm, pose.tm);
     KitVector4Copy(body->kiroBody.qrot, pose.qrot);
 }
@@ -189,6 +199,8 @@ void DynBodySetCenterOfMassRelativeTransform(DynBody* body, const KitMatrix4 tm)
     KitMatrix4SetIdentity(relative);
     copyRows(relative, tm);
     KitMatrix4TMInvert(relative);
+    if (isSame(relative, body->comToBodyTM))
+        return;
     KitMatrix4TMCompoundInverseFirst(change, body->comToBodyTM, relative);
 
     DynsBody& solver = body->kiroBody;
@@ -199,7 +211,9 @@ void DynBodySetCenterOfMassRelativeTransform(DynBody* body, const KitMatrix4 tm)
     if (!isPureShift(change))
         turnMaterialAxes(body, change);
     KitMatrix4Copy(body->comToBodyTM, relative);
-    body->useBodyOffset = true;
+    KitMatrix4 identity;
+    KitMatrix4SetIdentity(identity);
+    body->useBodyOffset = !isSame(relative, identity);
     UpdateCOMTransform(body);
 
     KitVector3Subtract(shift, solver.tm[3], oldCenter);

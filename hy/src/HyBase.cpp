@@ -1,5 +1,6 @@
 #include <Hy/HyBase.h>
 
+#include <Hy/HyFrame.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyNameValidation.h>
 #include <Hy/HySubscriberCollection.h>
@@ -70,6 +71,8 @@ std::atomic<HyBase::Subscriber*> HyBase::sConstructorSubscriber{nullptr};
 HyBase::HyBase()
     : mSerial(takeSerial()),
       mCreationIndex(s_defaultHyBaseCounter.fetch_add(1, std::memory_order_relaxed)) {
+    if (HyFrame* frame = HyFrame::currentInstance())
+        frame->addHyBaseInstance(this);
     if (Subscriber* subscriber = getConstructorSubscriber())
         subscriber->notify(kEventCreate, this);
 }
@@ -77,6 +80,9 @@ HyBase::HyBase()
 HyBase::~HyBase() {
     if (Extras* const extras = mExtras.load(std::memory_order_acquire))
         extras->mSubscriberList.notify(kEventDestroy, this);
+    if (HyFrame* frame = HyFrame::currentInstance())
+        frame->removeHyBaseInstance(this);
+    // Loaded anew: a subscriber's call may have made them.
     delete mExtras.load(std::memory_order_acquire);
 }
 

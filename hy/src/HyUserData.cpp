@@ -48,9 +48,6 @@ int truncate(HyReal value) {
 
 } // namespace
 
-HyUserData::HyUserData(const std::string& name, bool value) : mName(name) {
-    setValueBoolean(value);
-}
 HyUserData::HyUserData(const std::string& name, const std::string& value) : mName(name) {
     setValueString(value);
 }

@@ -52,6 +52,7 @@ enum DynBodyState : unsigned {
 /// A pose to the last bit: frame, centre of mass and quaternion as the integrator left them.
 struct DynBodyPose {
     KitMatrix4 bodyTM;
+    KitMatrix4 comToBodyTM;
     KitMatrix4 tm;   ///< of the centre of mass
     KitVector4 qrot; ///< orientation of tm: w, x, y, z
 };
@@ -119,6 +120,8 @@ HY_API void DynBodyResetDynamics(DynBody* body);
 /// Keeps the sum of user and constraint load as the last load, then zeroes both.
 HY_API void DynBodyResetForces(DynBody* body);
 HY_API void DynBodyResetVelocityAndAcceleration(DynBody* body);
+/// Drops force and torque that were added for the next step.
+HY_API void DynBodyClearUserForces(DynBody* body);
 HY_API void DynBodySaveUserForces(DynBody* body);
 /// Adds the saved load to the present one, so that what hooks have added meanwhile stays.
 HY_API void DynBodyRestoreUserForces(DynBody* body);
@@ -160,7 +163,8 @@ HY_API void DynBodyGetPosition(const DynBody* body, KitVector3 position);
 HY_API void DynBodyGetOrientation(const DynBody* body, KitMatrix3 rotation);
 HY_API void DynBodyGetQuaternion(const DynBody* body, KitVector4 q);
 HY_API void DynBodyGetPose(const DynBody* body, DynBodyPose* pose);
-/// Puts back what DynBodyGetPose gave, to the bit; nothing else of the body changes.
+/// Puts back what DynBodyGetPose gave, to the bit; nothing else of the body changes. If the centre
+/// of mass has moved in the body since, its pose is derived anew.
 HY_API void DynBodySetPose(DynBody* body, const DynBodyPose& pose);
 /// Moves the body and gives it the velocities that reach the transform in dt seconds.
 HY_API void DynBodyMoveTo(DynBody* body, const KitMatrix4 tm, KitReal dt);
@@ -180,6 +184,8 @@ HY_API void UpdateBodyTransform(DynBody* body);
 HY_API void DynBodySetMass(DynBody* body, KitReal mass);
 [[nodiscard]] HY_API KitReal DynBodyGetMass(const DynBody* body);
 HY_API void DynBodySetMassAndScaleInertiaTensor(DynBody* body, KitReal mass);
+/// Whether a tensor is finite, symmetric but for rounding, and positive definite.
+[[nodiscard]] HY_API bool DynBodyIsValidInertiaTensor(const KitMatrix3 tensor);
 HY_API void DynBodySetInertiaTensor(DynBody* body, const KitMatrix3 tensor);
 HY_API void DynBodyGetInertiaTensor(const DynBody* body, KitMatrix3 tensor);
 HY_API void DynBodySetSphericalInertiaTensor(DynBody* body, KitReal moment);
@@ -193,6 +199,9 @@ HY_API void DynBodyGetLinearVelocity(const DynBody* body, KitVector3 v);
 HY_API void DynBodyGetAngularVelocity(const DynBody* body, KitVector3 w);
 HY_API void DynBodyGetLinearAcceleration(const DynBody* body, KitVector3 a);
 HY_API void DynBodyGetAngularAcceleration(const DynBody* body, KitVector3 a);
+/// Those of the last step, for a body brought to a captured state.
+HY_API void DynBodySetAccelerations(DynBody* body, const KitVector3 linear,
+                                    const KitVector3 angular);
 HY_API void DynBodySetLinearVelocityDamping(DynBody* body, KitReal damping);
 HY_API void DynBodySetAngularVelocityDamping(DynBody* body, KitReal damping);
 [[nodiscard]] HY_API KitReal DynBodyGetLinearVelocityDamping(const DynBody* body);
@@ -201,6 +210,8 @@ HY_API void DynBodyGetVelocityAtPoint(const DynBody* body, const KitVector3 poin
 HY_API void DynBodyGetAccelerationAtPoint(const DynBody* body, const KitVector3 point,
                                           KitVector3 a);
 [[nodiscard]] HY_API KitReal DynBodyGetKineticEnergy(const DynBody* body);
+/// About the centre of mass, world axes, kg m^2/s.
+HY_API void DynBodyGetAngularMomentum(const DynBody* body, KitVector3 L);
 /// Axis in world axes; see DynBodySetFastSpinAxisRel for body axes.
 HY_API void DynBodySetFastSpinAxis(DynBody* body, const KitVector3 axis);
 HY_API void DynBodySetFastSpinAxisRel(DynBody* body, const KitVector3 axis);

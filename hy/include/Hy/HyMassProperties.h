@@ -80,6 +80,7 @@ public:
     [[nodiscard]] HyReal getMass() const;
 
 private:
+    void _combineInWorld(const HyMassProperties& other, bool subtract, const char* operation);
     void _combineInertiaTensors(const HyMassProperties& other, bool subtract,
                                 const HyTransform* relativeTM, const char* operation);
 

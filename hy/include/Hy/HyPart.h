@@ -255,7 +255,7 @@ public:
     // State.
 
     /// What restoreState() puts back. Owned by the caller.
-    [[nodiscard]] HyPartState* createState() const;
+    [[nodiscard]] HyPartState* createState();
     /// Brings the part to a captured state, so that it moves on from there to the same bits. False,
     /// and no change, for null and for the state of another part.
     bool restoreState(const HyPartState* state);

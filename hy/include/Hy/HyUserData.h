@@ -3,6 +3,7 @@
 #include <Hy/HyTransform.h>
 #include <Hy/HyVector3.h>
 
+#include <concepts>
 #include <cstdint>
 #include <string>
 
@@ -41,7 +42,11 @@ public:
     };
 
     explicit HyUserData(const std::string& name) : mName(name) {}
-    HyUserData(const std::string& name, bool value);
+    /// Takes a bool alone, not what converts to one, such as a pointer to const.
+    template <std::same_as<bool> Boolean>
+    HyUserData(const std::string& name, Boolean value) : mName(name) {
+        setValueBoolean(value);
+    }
     HyUserData(const std::string& name, const std::string& value);
     HyUserData(const std::string& name, const char* value);
     HyUserData(const std::string& name, int value);

@@ -1,0 +1,221 @@
+#include <Hy/HyPart.h>
+
+#include <Dyn/DynBody.h>
+#include <Dyn/DynWorld.h>
+#include <Hy/HyMessage.h>
+#include <Hy/HyUniverse.h>
+#include <Kit/KitPool.h>
+
+namespace Hy {
+
+namespace {
+
+constexpr int kBodiesPerBlock = 1000;
+/// Before collision rules of assemblies, mechanisms and the scene (20000 to 40000).
+constexpr int kPartRulePriority = 10000;
+
+// The bodies of all parts, in the order of creation as long as none is destroyed.
+KitPool sBodyPool;
+int sPartCount = 0;
+
+DynBody* takeBody() {
+    if (sPartCount == 0) {
+        KitPoolInitResizable(&sBodyPool, kBodiesPerBlock, static_cast<int>(sizeof(DynBody)),
+                             kBodiesPerBlock, 0, static_cast<int>(alignof(DynBody)));
+        KitPoolSetPoolName(&sBodyPool, "part bodies");
+    }
+    DynBody* body = DynBodyCreateInPool(&sBodyPool);
+    if (!body)
+        HyFatalErrorOrAbort("HyPart::HyPart: out of memory.\n");
+    ++sPartCount;
+    return body;
+}
+
+void returnBody(DynBody* body) {
+    DynBodyDestroy(body);
+    if (--sPartCount == 0)
+        KitPoolTerm(&sBodyPool);
+}
+
+} // namespace
+
+HyPart::HyPart() {
+    init(kControlAnimated);
+}
+
+HyPart::HyPart(HyReal mass) {
+    init(mass == 0 ? kControlAnimated : kControlDynamic);
+    if (mass != 0)
+        setMass(mass);
+}
+
+void HyPart::init(EntityControlTypeEnum control) {
+    mDynBodyID = takeBody();
+    mDynBodyID->mPart = this;
+    mMassProperties = HyMassProperties(getTransformPtr());
+    mControlType = mInternalControl = control;
+    setSolverGroup(0);
+}
+
+HyPart::~HyPart() {
+    if (mUniverse)
+        mUniverse->removePart(this);
+    DynBodyDisable(mDynBodyID);
+    returnBody(mDynBodyID);
+}
+
+int HyPart::getCollisionRulePriority() const {
+    return kPartRulePriority;
+}
+
+void HyPart::setControl(EntityControlTypeEnum control) {
+    if (control < kControlAnimated || control > kControlStatic) {
+        HyWarning(0, "HyPart::setControl: the control must be one of EntityControlTypeEnum.\n");
+        return;
+    }
+    if (control == mControlType)
+        return;
+    if (mUniverse && mUniverse->isStepping())
+        HyWarning(0,
+                  "HyPart::setControl: cannot be called while stepping universe (check intersect "
+                  "subscribers).\n");
+    resetDynamics();
+    mInternalControl = mControlType = control;
+    mControlTypeDirty = true;
+    _updateControl();
+}
+
+void HyPart::freeze(bool frozen) {
+    if (frozen == mFreezeState)
+        return;
+    mFreezeState = frozen;
+    mInternalControl = kControlStatic;
+    mControlTypeDirty = true;
+    _updateControl();
+}
+
+void HyPart::_updateControl() {
+    if (!mControlTypeDirty || !mUniverse)
+        return;
+    _applyControl(mFreezeState ? kControlStatic : mControlType);
+    mControlTypeDirty = false;
+}
+
+void HyPart::_applyControl(EntityControlTypeEnum control) {
+    mInternalControl = control;
+    switch (control) {
+    case kControlDynamic:
+        _freeze(false);
+        DynBodyMakeDynamic(mDynBodyID);
+        giveDefaultMass();
+        _applyMassProperties(mMassProperties);
+        wakeDynamics(true);
+        break;
+    case kControlStatic:
+        DynBodyMakeKinematic(mDynBodyID);
+        DynBodyDisable(mDynBodyID);
+        _freeze(true);
+        break;
+    case kControlAnimated:
+        _freeze(false);
+        DynBodyMakeKinematic(mDynBodyID);
+        DynBodyDisable(mDynBodyID);
+        break;
+    }
+}
+
+void HyPart::_freeze(bool frozen) {
+    if (!mUniverse)
+        return;
+    if (mUniverse->isStepping())
+        HyWarning(0, "HyPart::_freeze: cannot be called while stepping universe (check intersect "
+                     "subscribers).\n");
+    if (frozen) {
+        DynBodyFreeze(mDynBodyID);
+        return;
+    }
+    DynBodyUnFreeze(mDynBodyID);
+    if (isDynamic())
+        wakeDynamics(true);
+}
+
+void HyPart::wakeDynamics(bool awake) {
+    if (mInternalControl == kControlAnimated)
+        DynBodyEnableConnectedBodies(mDynBodyID);
+    else if (isDynamic() && awake != DynBodyIsEnabled(mDynBodyID))
+        awake ? DynBodyEnable(mDynBodyID) : DynBodyDisable(mDynBodyID);
+}
+
+bool HyPart::isDynamicsAwake() const {
+    return isDynamic() && DynBodyIsEnabled(mDynBodyID);
+}
+
+int HyPart::getEnabledSteps() const {
+    return DynBodyGetEnabledTime(mDynBodyID);
+}
+
+void HyPart::setEnabledSteps(int steps) {
+    if (isDynamic())
+        DynBodySetEnabledTime(mDynBodyID, steps);
+}
+
+bool HyPart::isMoving() const {
+    return DynBodyIsMovingTest(mDynBodyID);
+}
+
+void HyPart::resetDynamics() {
+    DynBodyResetDynamics(mDynBodyID);
+}
+
+void HyPart::setSolverGroup(int group) {
+    if (group < -1 || group > kDynMaxGrouping) {
+        HyWarning(0, "HyPart::setSolverGroup: the group must be at least -1 and at most %d.\n",
+                  kDynMaxGrouping);
+        return;
+    }
+    DynBodySetUserGroup(mDynBodyID, group);
+    mSolverGroup = group;
+    if (mUniverse)
+        DynGroupingGet(mUniverse->getDynWorld(), group);
+}
+
+int HyPart::getLastPartitionIndex() const {
+    return DynBodyGetLastPartitionIndex(mDynBodyID);
+}
+
+void HyPart::setUniverse(HyUniverse* universe) {
+    if (universe == mUniverse)
+        return;
+    if (mUniverse)
+        leaveUniverse(*mUniverse);
+    mUniverse = universe;
+    if (mUniverse)
+        enterUniverse(*mUniverse);
+}
+
+void HyPart::leaveUniverse(HyUniverse& universe) {
+    DynBodyEnableConnectedBodies(mDynBodyID);
+    DynBodyDisable(mDynBodyID);
+    universe.removeDynBody(mDynBodyID);
+    universe.partLeavesPreStep(this);
+}
+
+void HyPart::enterUniverse(HyUniverse& universe) {
+    universe.insertDynBody(mDynBodyID);
+    wakeDynamics(true);
+    setEnabledSteps(0);
+    DynGroupingGet(universe.getDynWorld(), mSolverGroup);
+    if (mControlTypeDirty)
+        universe.partNeedsPreStep(this);
+}
+
+void HyPart::preStep() {
+    _updateControl();
+}
+
+void HyPart::postStep() {
+    if (isDynamic())
+        DynBodyClearUserForces(mDynBodyID);
+}
+
+} // namespace Hy

@@ -1,0 +1,168 @@
+#include <Hy/HyPart.h>
+
+#include <Dyn/DynBody.h>
+#include <Hy/HyMessage.h>
+
+#include <cmath>
+
+namespace Hy {
+
+namespace {
+
+constexpr HyReal kUnitTensor[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+
+bool isFit(const HyMassProperties& properties) {
+    return properties.getMass() > 0 &&
+           DynBodyIsValidInertiaTensor(properties.getInertiaTensorLocal());
+}
+
+} // namespace
+
+// Every change of the mass properties runs here; the body follows.
+template <class Change>
+void HyPart::changeMassProperties(Change change) {
+    change(mMassProperties);
+    _applyMassProperties(mMassProperties);
+}
+
+void HyPart::_applyMassProperties(const HyMassProperties& properties) {
+    if (isFit(properties)) { // a part that is not dynamic may be without
+        DynBodySetMass(mDynBodyID, properties.getMass());
+        DynBodySetInertiaTensor(mDynBodyID, properties.getInertiaTensorLocal());
+    }
+    DynBodySetCenterOfMassRelativeTransform(mDynBodyID, properties.getCOMTransformLocal().m);
+}
+
+// What a part needs to become dynamic.
+void HyPart::giveDefaultMass() {
+    if (isFit(mMassProperties))
+        return;
+    if (!(mMassProperties.getMass() > 0))
+        mMassProperties.setMass(1);
+    mMassProperties.setInertiaTensorLocal(kUnitTensor);
+    mMassProperties.scaleInertiaTensor(mMassProperties.getMass());
+}
+
+void HyPart::setMass(HyReal mass) {
+    if (mControlType != kControlDynamic)
+        return;
+    if (!(mass > 0) || !std::isfinite(mass)) {
+        HyWarning(0, "HyPart::setMass: mass must be larger than 0.\n");
+        return;
+    }
+    mMassLocked = true;
+    if (mass == getMass())
+        return;
+    changeMassProperties([mass](HyMassProperties& properties) {
+        HyReal oldMass = properties.getMass();
+        if (oldMass == 0) {
+            properties.setInertiaTensorLocal(kUnitTensor);
+            oldMass = 1;
+        }
+        properties.scaleInertiaTensor(mass / oldMass);
+        properties.setMass(mass);
+    });
+}
+
+void HyPart::setMassAndInertia(HyReal mass, const HyReal inertia[3][3]) {
+    if (mControlType != kControlDynamic)
+        return;
+    if (!(mass > 0) || !std::isfinite(mass) || !DynBodyIsValidInertiaTensor(inertia)) {
+        HyWarning(0, "HyPart::setMassAndInertia: mass must be larger than 0, inertia positive "
+                     "definite.\n");
+        return;
+    }
+    mMassLocked = mInertiaLocked = true;
+    changeMassProperties([mass, inertia](HyMassProperties& properties) {
+        properties.setMass(mass);
+        properties.setInertiaTensorLocal(inertia);
+    });
+}
+
+void HyPart::setMassFromPart(const HyPart* other) {
+    if (!other || other == this || mControlType != kControlDynamic ||
+        other->mControlType != kControlDynamic)
+        return;
+    changeMassProperties(
+        [other](HyMassProperties& properties) { properties.copy(other->mMassProperties); });
+    mMassLocked = other->mMassLocked;
+    mCOMLocked = other->mCOMLocked;
+    mInertiaLocked = other->mInertiaLocked;
+}
+
+bool HyPart::takeMassProperties(const HyMassProperties& properties, const char* operation) {
+    if (mControlType == kControlDynamic && !isFit(properties)) {
+        HyWarning(0,
+                  "HyPart::%s: a dynamic part needs a mass and a positive definite inertia "
+                  "tensor.\n",
+                  operation);
+        return false;
+    }
+    lockMassProperties();
+    changeMassProperties([&](HyMassProperties& own) { own.copy(properties); });
+    return true;
+}
+
+void HyPart::setMassProperties(const HyMassProperties& properties) {
+    takeMassProperties(properties, "setMassProperties");
+}
+
+void HyPart::addMassProperties(const HyMassProperties& properties, const HyTransform& tm) {
+    HyMassProperties sum = mMassProperties;
+    sum.addMassProperties(properties, tm);
+    takeMassProperties(sum, "addMassProperties");
+}
+
+void HyPart::subtractMassProperties(const HyMassProperties& properties, const HyTransform& tm) {
+    HyMassProperties rest = mMassProperties;
+    rest.subtractMassProperties(properties, tm);
+    takeMassProperties(rest, "subtractMassProperties");
+}
+
+void HyPart::setCOMPosition(const HyVector3& position) {
+    setCOMOffset(getTransform().inverseTransform(position));
+}
+
+HyVector3 HyPart::getCOMPosition() const {
+    return HyVector3(mDynBodyID->kiroBody.tm[3]);
+}
+
+void HyPart::setCOMOffset(const HyVector3& offset) {
+    if (!offset.isFinite()) {
+        HyWarning(0, "HyPart::setCOMOffset: the offset must be finite.\n");
+        return;
+    }
+    mCOMLocked = true;
+    changeMassProperties(
+        [&](HyMassProperties& properties) { properties.setCOMPositionLocal(offset); });
+}
+
+HyVector3 HyPart::getCOMOffset() const {
+    return mMassProperties.getCOMPositionLocal();
+}
+
+void HyPart::getInertiaLocal(HyReal inertia[3][3]) const {
+    mMassProperties.getInertiaTensorLocal(inertia);
+}
+
+void HyPart::getInertiaAbsolute(HyReal inertia[3][3]) const {
+    mMassProperties.getInertiaTensorAbsolute(inertia);
+}
+
+void HyPart::getOrthogonalInertia(HyVector3& moments, HyTransform& frame) const {
+    mMassProperties.getOrthogonalInertiaTensor(moments, frame);
+}
+
+void HyPart::lockMassProperties() {
+    mMassLocked = mCOMLocked = mInertiaLocked = true;
+}
+
+void HyPart::setSphericalInertiaEnabled(bool enabled) {
+    DynBodySetSphericalInertiaFlag(mDynBodyID, enabled);
+}
+
+bool HyPart::getSphericalInertiaEnabled() const {
+    return DynBodyIsSphericalInertiaFlagSet(mDynBodyID);
+}
+
+} // namespace Hy

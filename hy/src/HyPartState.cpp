@@ -1,0 +1,46 @@
+#include <Hy/HyPartState.h>
+
+namespace Hy {
+
+void HyPartState::restore() {
+    if (mInstance.valid())
+        mInstance->restoreState(this);
+}
+
+HyPartState* HyPart::createState() {
+    auto* state = new HyPartState;
+    state->mInstance = this;
+    state->mTransform = getTransform();
+    state->mLinearVelocity = getLinearVelocity();
+    state->mAngularVelocity = getAngularVelocity();
+    state->mControl = mControlType;
+    state->mFrozen = mFreezeState;
+    state->mDynamicsAwake = isDynamicsAwake();
+    DynBodyGetPose(mDynBodyID, &state->mPose);
+    state->mLinearAcceleration = getLinearAcceleration();
+    state->mAngularAcceleration = getAngularAcceleration();
+    state->mEnabledSteps = getEnabledSteps();
+    return state;
+}
+
+bool HyPart::restoreState(const HyPartState* state) {
+    if (!state || state->mInstance.get() != this)
+        return false;
+    setTransform(state->mTransform);
+    if (state->mTransform == HyTransform(state->mPose.bodyTM)) // not edited meanwhile
+        DynBodySetPose(mDynBodyID, state->mPose);
+    setControl(state->mControl);
+    freeze(state->mFrozen);
+    resetDynamics();
+    setLinearVelocity(state->mLinearVelocity);
+    setAngularVelocity(state->mAngularVelocity);
+    wakeDynamics(state->mDynamicsAwake);
+    if (isDynamicsAwake()) {
+        DynBodySetAccelerations(mDynBodyID, state->mLinearAcceleration.v,
+                                state->mAngularAcceleration.v);
+        setEnabledSteps(state->mEnabledSteps);
+    }
+    return true;
+}
+
+} // namespace Hy
