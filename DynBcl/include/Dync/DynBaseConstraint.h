@@ -97,12 +97,13 @@ struct DynConstraintHeader {
 
 /// What a row builder reads and what it leaves for the next step.
 struct DyncConstraintHeader {
-    int tag;                      ///< type of joint, -1 once destroyed
-    int n_bodies;                 ///< slots in use
-    int max_rows;                 ///< upper bound on the rows; the solver's sizing input
-    int gflag;                    ///< how many partitions hold the constraint in this step
-    DynBody* bodySeenAsKinematic; ///< forced to act as kinematic in this constraint, or null
-    DynBody* strongestBody;       ///< see DynConstraintFindStrongestBody
+    int tag;                             ///< type of joint, -1 once destroyed
+    int n_bodies;                        ///< slots in use
+    int max_rows;                        ///< upper bound on the rows; the solver's sizing input
+    int gflag;                           ///< how many partitions hold the constraint in this step
+    DynBody* bodySeenAsKinematic;        ///< forced to act as kinematic in this constraint, or null
+    DynBody* strongestBody;              ///< see DynConstraintFindStrongestBody
+    const DynsBody* strongestSolverBody; ///< of the root of strongestBody, or null
     /// Solver body of each slot: null if it is empty, the body is not dynamic or the constraint is
     /// disabled.
     DynsBody* b[kDynsMaxConstraintBodies];
