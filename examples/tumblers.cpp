@@ -166,7 +166,9 @@ int main(int argc, char** argv) {
         const Object& object = objects[static_cast<std::size_t>(i) % objects.size()];
         const HyVector3 I = object.inertia;
         const double tensor[3][3] = {{I[0], 0, 0}, {0, I[1], 0}, {0, 0, I[2]}};
-        Flight f{.part = new Hy::HyPart(object.mass), .object = &object};
+        Flight f{};
+        f.part = new Hy::HyPart(object.mass);
+        f.object = &object;
         f.start = {3.0 * (i % 40), 3.0 * (i / 40), 0};
         f.speed = 3 * direction() + HyVector3(0, 0, 5 * kGravity); // back at the start in 10 s
         f.wind = 0.1 * kGravity * object.mass * HyVector3(side(random), side(random), 0);
