@@ -103,9 +103,12 @@ void DynBodyDestroyInPool(DynBody* body, KitPool* pool) {
         return;
     DynBodyDisable(body);
     DynBodyLeaveConstraints(body);
+    body->mPart = nullptr;
     if (body->world) {
         DynBodyForceForgetBody(body->world, body);
         DynWorldRemoveBody(body->world, body);
+        if (body->world) // in the middle of a step: it stays in the world, at rest and unowned
+            return;
     }
     body->kiroBody.tag = -1;
     KitPoolPutStruct(pool, body);
