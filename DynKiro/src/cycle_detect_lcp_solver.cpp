@@ -135,7 +135,9 @@ void solveOverTightRows(Problem& p) {
 /// Operations of the road over the tight rows; columns that exist already cost nothing.
 double tightRoadFlops(const Problem& p) {
     const double t = p.tightCount, n = p.n;
-    double flops = t * t * t / 3 + 2 * t * n;
+    double flops = t * t * t / 3 + 2 * t * n + p.m->pendingFactorFlops();
+    if (p.z0 == nullptr)
+        flops += p.m->solveFlops();
     for (int k = 0; k < p.tightCount; ++k)
         if (p.m->column_solved[p.tight[k]] == 0)
             flops += p.m->solveFlops();

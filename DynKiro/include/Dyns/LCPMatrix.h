@@ -63,6 +63,8 @@ public:
 
     /// Operations of one solve() with the full factor, an estimate.
     [[nodiscard]] virtual double solveFlops() const { return 2.0 * n * n; }
+    /// Operations still to be done before the first solve; 0 once the factor stands.
+    [[nodiscard]] virtual double pendingFactorFlops() const { return 0; }
     /// Operations of solveFreeRows() with this index set, an estimate; infinite without that road.
     [[nodiscard]] virtual double freeRowsFlops(const int* index_set) const {
         (void)index_set;

@@ -1,0 +1,30 @@
+#pragma once
+#include <Kit/KitTypes.h>
+
+/// Dense kernels of the factorisation. Matrices are column-major with leading dimensions that are
+/// multiples of kDynsPanelRows, and have that many entries of slack behind their last column: kernels
+/// work on whole groups of rows. The variant is chosen once per process by what the processor has.
+
+constexpr int kDynsPanelRows = 8;
+
+[[nodiscard]] constexpr int DynsPaddedRows(int rows) noexcept {
+    return (rows + kDynsPanelRows - 1) / kDynsPanelRows * kDynsPanelRows;
+}
+
+/// C -= A B^T on m rows and n columns, A m by k, B n by k. Up to seven rows behind the m-th of each
+/// column of C change too.
+void DynsSubtractProduct(KitReal* C, int ldc, int m, int n, const KitReal* A, int lda,
+                         const KitReal* B, int ldb, int k) noexcept;
+
+/// Partial Cholesky factorisation of a front of `rows` rows: the first `pivots` columns stand in
+/// panel (leading dimension ld) and become columns of L; inverseDiagonal takes 1/L_ii. A pivot that
+/// is not positive is replaced by its size.
+void DynsFactorPanel(KitReal* panel, int ld, int rows, int pivots,
+                     KitReal* inverseDiagonal) noexcept;
+
+/// Subtracts L21 L21^T from the lower triangle of an n by n update matrix, L21 n by k.
+void DynsSubtractSquare(KitReal* update, int ldu, int n, const KitReal* L21, int ld,
+                        int k) noexcept;
+
+/// Name of the variant in use, for benchmarks: "portable", "avx2" or "avx512".
+[[nodiscard]] const char* DynsKernelName() noexcept;

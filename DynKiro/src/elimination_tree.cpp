@@ -1,0 +1,310 @@
+#include "elimination_tree.h"
+
+#include "constraint_block.h"
+
+#include <Dyns/DynsConstraints.h>
+
+#include <algorithm>
+
+namespace {
+
+/// Members of a joined body up to which their degrees are brought up to date at once; above it they
+/// are found too large when their turn comes, which costs order and no correctness.
+constexpr int kEagerDegrees = 8;
+
+} // namespace
+
+bool DynsConstraintGraph::update(const DynsConstraints& c) {
+    const auto n = static_cast<std::size_t>(c.n_constraints);
+    bool same = n == rows.size() && bodyStart.size() == n + 1;
+    rows.resize(n);
+    bodyStart.resize(n + 1);
+    bodyCount = c.n_bodies + 1;
+    std::size_t count = 0;
+    const auto put = [&same](KitAlignedVector<int>& list, std::size_t i, int value) {
+        if (i >= list.size()) {
+            list.push_back(value);
+            same = false;
+        } else if (list[i] != value) {
+            list[i] = value;
+            same = false;
+        }
+    };
+    for (std::size_t k = 0; k < n; ++k) {
+        const int constraint = static_cast<int>(k);
+        put(rows, k, DynsConstraintRows(c, constraint));
+        put(bodyStart, k, static_cast<int>(count));
+        const std::size_t start = count;
+        const int first = c.constraint_first_block[k];
+        for (int b = first; b < first + c.constraint_n_blocks[k]; ++b) {
+            const int body = c.g_bodies_idx[b];
+            const auto begin = bodies.begin() + static_cast<std::ptrdiff_t>(start);
+            const auto end = bodies.begin() + static_cast<std::ptrdiff_t>(count);
+            if (std::find(begin, end, body) == end)
+                put(bodies, count++, body);
+        }
+    }
+    put(bodyStart, n, static_cast<int>(count));
+    same = same && bodies.size() == count;
+    bodies.resize(count);
+    return !same;
+}
+
+/// The quotient graph: bodies that are joined as constraints between them are eliminated.
+struct DynsEliminationTree::Quotient {
+    const DynsConstraintGraph& g;
+    DynsEliminationTree& t;
+
+    int root(int body) {
+        while (t.mOwner[at(body)] != body) {
+            t.mOwner[at(body)] = t.mOwner[at(t.mOwner[at(body)])];
+            body = t.mOwner[at(body)];
+        }
+        return body;
+    }
+
+    /// Rows that a constraint's elimination would couple, counted twice where it shares two bodies.
+    int degree(int v) {
+        int sum = 0, previous = -1;
+        for (int i = g.bodyStart[at(v)]; i < g.bodyStart[at(v + 1)]; ++i) {
+            const int body = root(g.bodies[at(i)]);
+            if (body == previous)
+                continue;
+            previous = body;
+            sum += t.mWeight[at(body)] - g.rows[at(v)];
+        }
+        return sum;
+    }
+
+    void push(int v) {
+        t.mHeap.push_back({degree(v), v});
+        std::push_heap(t.mHeap.begin(), t.mHeap.end(), later);
+    }
+
+    static bool later(const HeapEntry& a, const HeapEntry& b) {
+        return a.degree != b.degree ? a.degree > b.degree : a.constraint > b.constraint;
+    }
+
+    /// The constraint of least degree that is left, or -1.
+    int popLeast() {
+        while (!t.mHeap.empty()) {
+            std::pop_heap(t.mHeap.begin(), t.mHeap.end(), later);
+            const HeapEntry entry = t.mHeap.back();
+            t.mHeap.pop_back();
+            if (t.mEliminated[at(entry.constraint)] != 0)
+                continue;
+            if (degree(entry.constraint) <= entry.degree)
+                return entry.constraint;
+            push(entry.constraint);
+        }
+        return -1;
+    }
+
+    void setUp() {
+        const auto bodies = static_cast<std::size_t>(g.bodyCount);
+        t.mOwner.resize(bodies);
+        t.mHead.assign(bodies, -1);
+        t.mTail.assign(bodies, -1);
+        t.mWeight.assign(bodies, 0);
+        t.mIncidenceNext.assign(g.bodies.size(), -1);
+        t.mIncidenceOf.resize(g.bodies.size());
+        t.mEliminated.assign(at(g.size()), 0);
+        t.mMark.assign(at(g.size()), -1);
+        for (int b = 0; b < g.bodyCount; ++b)
+            t.mOwner[at(b)] = b;
+        for (int v = 0; v < g.size(); ++v)
+            for (int i = g.bodyStart[at(v)]; i < g.bodyStart[at(v + 1)]; ++i) {
+                t.mIncidenceOf[at(i)] = v;
+                append(g.bodies[at(i)], i);
+                t.mWeight[at(g.bodies[at(i)])] += g.rows[at(v)];
+            }
+        t.mHeap.clear();
+        for (int v = 0; v < g.size(); ++v)
+            t.mHeap.push_back({degree(v), v});
+        std::make_heap(t.mHeap.begin(), t.mHeap.end(), later);
+    }
+
+    void append(int body, int incidence) {
+        if (t.mTail[at(body)] < 0)
+            t.mHead[at(body)] = incidence;
+        else
+            t.mIncidenceNext[at(t.mTail[at(body)])] = incidence;
+        t.mTail[at(body)] = incidence;
+    }
+
+    /// Joins the bodies of a constraint; the one with the smallest number stands for all.
+    int join(int v) {
+        int target = root(g.bodies[at(g.bodyStart[at(v)])]);
+        for (int i = g.bodyStart[at(v)] + 1; i < g.bodyStart[at(v + 1)]; ++i) {
+            int other = root(g.bodies[at(i)]);
+            if (other == target)
+                continue;
+            if (other < target)
+                std::swap(other, target);
+            t.mOwner[at(other)] = target;
+            t.mWeight[at(target)] += t.mWeight[at(other)];
+            if (t.mHead[at(other)] < 0)
+                continue;
+            if (t.mTail[at(target)] < 0)
+                t.mHead[at(target)] = t.mHead[at(other)];
+            else
+                t.mIncidenceNext[at(t.mTail[at(target)])] = t.mHead[at(other)];
+            t.mTail[at(target)] = t.mTail[at(other)];
+        }
+        return target;
+    }
+
+    [[nodiscard]] bool inside(int v, int body) {
+        for (int i = g.bodyStart[at(v)]; i < g.bodyStart[at(v + 1)]; ++i)
+            if (root(g.bodies[at(i)]) != body)
+                return false;
+        return true;
+    }
+
+    static std::size_t at(int i) { return static_cast<std::size_t>(i); }
+};
+
+void DynsEliminationTree::eliminateAll(const DynsConstraintGraph& graph) {
+    Quotient q{graph, *this};
+    q.setUp();
+    const auto at = Quotient::at;
+    mNodes.clear();
+    mFront.clear();
+    mOrder.clear();
+    for (int v = q.popLeast(); v >= 0; v = q.popLeast()) {
+        const int body = q.join(v);
+        DynsSupernode node{static_cast<int>(mFront.size()), 0, 0, -1, 0, 0};
+        mStack.clear(); // constraints that stay
+        int previous = -1, weight = 0;
+        for (int i = mHead[at(body)]; i >= 0; i = mIncidenceNext[at(i)]) {
+            const int u = mIncidenceOf[at(i)];
+            const bool seen = mMark[at(u)] == static_cast<int>(mNodes.size());
+            mMark[at(u)] = static_cast<int>(mNodes.size());
+            if (!seen && mEliminated[at(u)] == 0) {
+                if (u == v || q.inside(u, body)) {
+                    mEliminated[at(u)] = 1;
+                    mFront.push_back(u);
+                    mOrder.push_back(u);
+                } else {
+                    mStack.push_back(u);
+                    weight += graph.rows[at(u)];
+                    if (previous < 0)
+                        mHead[at(body)] = i;
+                    else
+                        mIncidenceNext[at(previous)] = i;
+                    previous = i;
+                }
+            }
+        }
+        if (previous < 0)
+            mHead[at(body)] = -1;
+        else
+            mIncidenceNext[at(previous)] = -1;
+        mTail[at(body)] = previous;
+        mWeight[at(body)] = weight;
+        node.pivots = static_cast<int>(mFront.size()) - node.frontStart;
+        mFront.insert(mFront.end(), mStack.begin(), mStack.end());
+        node.frontCount = static_cast<int>(mFront.size()) - node.frontStart;
+        mNodes.push_back(node);
+        if (mStack.size() <= static_cast<std::size_t>(kEagerDegrees))
+            for (const int u : mStack)
+                q.push(u);
+    }
+}
+
+/// A supernode's update goes to the one that eliminates the first of its remaining constraints.
+void DynsEliminationTree::linkParents() {
+    const auto at = Quotient::at;
+    mPosition.resize(mOrder.size());
+    mNodeOf.resize(mOrder.size());
+    for (std::size_t i = 0; i < mOrder.size(); ++i)
+        mPosition[at(mOrder[i])] = static_cast<int>(i);
+    for (std::size_t s = 0; s < mNodes.size(); ++s)
+        for (int k = 0; k < mNodes[s].pivots; ++k)
+            mNodeOf[at(mFront[at(mNodes[s].frontStart + k)])] = static_cast<int>(s);
+    for (DynsSupernode& node : mNodes) {
+        int first = -1;
+        for (int k = node.pivots; k < node.frontCount; ++k) {
+            const int u = mFront[at(node.frontStart + k)];
+            if (first < 0 || mPosition[at(u)] < mPosition[at(first)])
+                first = u;
+        }
+        node.parent = first < 0 ? -1 : mNodeOf[at(first)];
+    }
+}
+
+void DynsEliminationTree::postorder() {
+    const auto at = Quotient::at;
+    const int n = static_cast<int>(mNodes.size());
+    mFirstChild.assign(at(n), -1);
+    mNextSibling.assign(at(n), -1);
+    int roots = -1;
+    for (int s = n - 1; s >= 0; --s) {
+        int& list = mNodes[at(s)].parent < 0 ? roots : mFirstChild[at(mNodes[at(s)].parent)];
+        mNextSibling[at(s)] = list;
+        list = s;
+    }
+    mScatter.resize(at(n)); // old number to new
+    mOrdered.clear();
+    mStack.clear();
+    for (int tree = roots; tree >= 0; tree = mNextSibling[at(tree)]) {
+        mStack.push_back(tree);
+        while (!mStack.empty()) {
+            const int s = mStack.back();
+            int& child = mFirstChild[at(s)];
+            if (child >= 0) {
+                mStack.push_back(child);
+                child = mNextSibling[at(child)];
+                ++mNodes[at(s)].childCount;
+                continue;
+            }
+            mStack.pop_back();
+            mScatter[at(s)] = static_cast<int>(mOrdered.size());
+            mOrdered.push_back(mNodes[at(s)]);
+        }
+    }
+    mNodes.swap(mOrdered);
+    for (DynsSupernode& node : mNodes)
+        if (node.parent >= 0)
+            node.parent = mScatter[at(node.parent)];
+}
+
+/// Renumbers the constraints in the postorder, sorts what each front keeps, and maps it upwards.
+void DynsEliminationTree::sortFronts() {
+    const auto at = Quotient::at;
+    int position = 0;
+    for (std::size_t s = 0; s < mNodes.size(); ++s)
+        for (int k = 0; k < mNodes[s].pivots; ++k) {
+            const int v = mFront[at(mNodes[s].frontStart + k)];
+            mPosition[at(v)] = position++;
+            mNodeOf[at(v)] = static_cast<int>(s);
+        }
+    for (const DynsSupernode& node : mNodes) {
+        int* kept = mFront.data() + node.frontStart + node.pivots;
+        std::sort(kept, kept + node.frontCount - node.pivots,
+                  [this, at](int a, int b) { return mPosition[at(a)] < mPosition[at(b)]; });
+    }
+    mScatter.resize(mPosition.size());
+    mToParent.clear();
+    for (DynsSupernode& node : mNodes) {
+        node.mapStart = static_cast<int>(mToParent.size());
+        if (node.parent < 0)
+            continue;
+        // Both lists are in order of elimination, so that one walk finds all places.
+        const std::span<const int> above = front(mNodes[at(node.parent)]);
+        int place = 0;
+        for (int k = node.pivots; k < node.frontCount; ++k) {
+            const int v = mFront[at(node.frontStart + k)];
+            while (above[at(place)] != v)
+                ++place;
+            mToParent.push_back(place);
+        }
+    }
+}
+
+void DynsEliminationTree::build(const DynsConstraintGraph& graph) {
+    eliminateAll(graph);
+    linkParents();
+    postorder();
+    sortFronts();
+}

@@ -1,0 +1,74 @@
+#pragma once
+#include <Kit/KitAlignedVector.h>
+
+#include <span>
+
+struct DynsConstraints;
+
+/// Which constraints of a partition share bodies, in compressed form.
+struct DynsConstraintGraph {
+    KitAlignedVector<int> rows;      ///< constraint: rows
+    KitAlignedVector<int> bodyStart; ///< constraint: first entry in bodies; one more at the end
+    KitAlignedVector<int> bodies;    ///< bodies of each constraint, each once
+    int bodyCount = 0;
+
+    /// Reads the graph of the rows; answers false if it is the same as before.
+    bool update(const DynsConstraints& c);
+    [[nodiscard]] int size() const { return static_cast<int>(rows.size()); }
+};
+
+/// Constraints that are eliminated together, with those that this fills.
+struct DynsSupernode {
+    int frontStart; ///< first entry in front
+    int pivots;     ///< constraints eliminated here, at the beginning of the front
+    int frontCount; ///< constraints of the front
+    int parent;     ///< supernode that takes the update, -1 for a root
+    int childCount;
+    int mapStart; ///< first entry in toParent of the front's constraints behind the pivots
+};
+
+/// Fill-reducing order of elimination of the constraints, with the structure of the factor.
+///
+/// Minimum degree on the quotient graph, in which each body is the clique of its constraints:
+/// eliminating a constraint joins its bodies into one, and all constraints that then lie inside that
+/// one go with it (Amestoy, Davis, Duff, "An approximate minimum degree ordering algorithm", 1996).
+/// A forest of joints is eliminated from its leaves without fill. Supernodes stand in postorder.
+class DynsEliminationTree {
+public:
+    void build(const DynsConstraintGraph& graph);
+
+    [[nodiscard]] std::span<const DynsSupernode> supernodes() const { return mNodes; }
+    /// Constraints of a front: the pivots, then the others in order of elimination.
+    [[nodiscard]] std::span<const int> front(const DynsSupernode& node) const {
+        return {mFront.data() + node.frontStart, static_cast<std::size_t>(node.frontCount)};
+    }
+    /// For each constraint of a front behind the pivots, its place in the front of the parent.
+    [[nodiscard]] std::span<const int> toParent(const DynsSupernode& node) const {
+        return {mToParent.data() + node.mapStart,
+                static_cast<std::size_t>(node.frontCount - node.pivots)};
+    }
+    /// Constraint: place in the order of elimination.
+    [[nodiscard]] const KitAlignedVector<int>& position() const { return mPosition; }
+    /// Constraint: the supernode that eliminates it.
+    [[nodiscard]] const KitAlignedVector<int>& nodeOf() const { return mNodeOf; }
+
+private:
+    void eliminateAll(const DynsConstraintGraph& graph);
+    void linkParents();
+    void postorder();
+    void sortFronts();
+
+    // The result.
+    KitAlignedVector<DynsSupernode> mNodes;
+    KitAlignedVector<int> mFront, mToParent, mPosition, mNodeOf;
+    // Work of a build, kept for its capacity.
+    KitAlignedVector<DynsSupernode> mOrdered;
+    KitAlignedVector<int> mOrder, mFirstChild, mNextSibling, mStack, mScatter;
+    struct Quotient;
+    KitAlignedVector<int> mOwner, mHead, mTail, mWeight, mIncidenceNext, mIncidenceOf, mMark;
+    KitAlignedVector<unsigned char> mEliminated;
+    struct HeapEntry {
+        int degree, constraint;
+    };
+    KitAlignedVector<HeapEntry> mHeap;
+};

@@ -1,0 +1,248 @@
+#include "LcpOracle.h"
+#include "RandomPartition.h"
+
+#include <Dyns/DynsParameters.h>
+#include <Dyns/bvbCholRRT.h>
+#include <Dyns/lcp.h>
+#include <Dyns/vbChol.h>
+#include <Kit/KitMemoryPool.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+std::vector<RandomPartition::Joint> hub(int count) {
+    std::vector<RandomPartition::Joint> joints;
+    for (int i = 1; i <= count; ++i)
+        joints.push_back({0, i, 1 + i % 5});
+    return joints;
+}
+
+struct Graph {
+    const char* name;
+    int bodies;
+    std::vector<RandomPartition::Joint> joints;
+};
+
+std::vector<Graph> graphs(std::mt19937_64& random) {
+    std::vector<Graph> list;
+    list.push_back({"one row", 1, {{0, 0, 1}}});
+    list.push_back({"chain", 30, RandomPartition::chain(30, 5)});
+    list.push_back({"tree", 31, RandomPartition::binaryTree(31, 3)});
+    list.push_back({"hub", 25, hub(24)});
+    list.push_back({"islands", 4, {{0, 1, 3}, {2, 3, 4}, {0, 0, 2}, {3, 3, 1}}});
+    list.push_back({"loops", 12, RandomPartition::anyGraph(random, 12, 40)});
+    list.push_back({"dense", 4, RandomPartition::anyGraph(random, 4, 25)});
+    list.push_back({"sparse", 60, RandomPartition::anyGraph(random, 60, 70)});
+    return list;
+}
+
+Eigen::VectorXd randomVector(std::mt19937_64& random, int n) {
+    std::normal_distribution<double> gauss;
+    return Eigen::VectorXd::NullaryExpr(n, [&] { return gauss(random); });
+}
+
+template <typename Matrix>
+void expectSolvesLikeDense(Matrix& m, RandomPartition& p) {
+    const int n = p.size();
+    const Eigen::MatrixXd A = p.dense();
+    const double rounding = 1e-12 * A.norm();
+    m.allocate(n);
+    m.calcJinvMJT(p.rows);
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j)
+            ASSERT_NEAR(m.getElement(i, j), A(i, j), rounding);
+    m.factorize();
+    std::mt19937_64 random(1);
+    const Eigen::VectorXd b = randomVector(random, n);
+    std::vector<double> x(static_cast<std::size_t>(n + 16));
+    std::copy(b.begin(), b.end(), x.begin());
+    m.solve(x.data(), 1);
+    const Eigen::VectorXd solved = Eigen::Map<Eigen::VectorXd>(x.data(), n);
+    EXPECT_LT((A * solved - b).norm(), 1e-9 * (1 + b.norm()));
+
+    std::vector<double> y(static_cast<std::size_t>(n + 16));
+    m.multiply(x.data(), y.data());
+    EXPECT_LT((Eigen::Map<Eigen::VectorXd>(y.data(), n) - b).norm(), 1e-8 * (1 + b.norm()));
+
+    const Eigen::MatrixXd inverse = A.inverse();
+    for (int j = 0; j < n; j += 1 + n / 7) {
+        const Eigen::VectorXd column = Eigen::Map<const Eigen::VectorXd>(m.inverseColumn(j), n);
+        EXPECT_LT((column - inverse.col(j)).norm(), 1e-9 * inverse.norm());
+        EXPECT_EQ(m.inverseColumn(j), m.inverseColumn(j));
+        EXPECT_EQ(m.column_solved[j], 3U);
+    }
+    const Eigen::MatrixXd L = A.llt().matrixL();
+    for (int i = 0; i < n; i += 1 + n / 9)
+        for (int j = 0; j <= i; ++j)
+            EXPECT_NEAR(m.getElementFactor(i, j), L(i, j), 1e-9 * L.norm());
+}
+
+TEST(SparseMatrixTest, SolvesLikeTheDenseMatrix) {
+    constexpr unsigned kSeed = 31;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    vbChol skyline;
+    bvbCholRRT sparse; // one object through all graphs, as a frame keeps it
+    for (const Graph& graph : graphs(random)) {
+        SCOPED_TRACE(graph.name);
+        RandomPartition p(random, graph.bodies, graph.joints);
+        expectSolvesLikeDense(skyline, p);
+        expectSolvesLikeDense(sparse, p);
+        RandomPartition again(random, graph.bodies, graph.joints); // same graph, other rows
+        expectSolvesLikeDense(sparse, again);
+    }
+}
+
+TEST(SparseMatrixTest, FreeRowsMatchTheReducedSystem) {
+    constexpr unsigned kSeed = 32;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    bvbCholRRT m;
+    for (const Graph& graph : graphs(random)) {
+        SCOPED_TRACE(graph.name);
+        RandomPartition p(random, graph.bodies, graph.joints);
+        const int n = p.size();
+        m.allocate(n);
+        m.calcJinvMJT(p.rows);
+        m.factorize();
+        const Eigen::MatrixXd A = p.dense();
+        for (const unsigned share : {0U, 1U, 3U, 4U}) { // quarters of the rows that are tight
+            std::vector<int> index(static_cast<std::size_t>(n), 0);
+            std::vector<int> freeRows;
+            Eigen::VectorXd z = randomVector(random, n), w(n);
+            const Eigen::VectorXd b = randomVector(random, n);
+            for (int i = 0; i < n; ++i) {
+                const bool tight = random() % 4 < share;
+                index[static_cast<std::size_t>(i)] = tight ? 2 + 2 * (i % 2) : 0;
+                if (!tight) {
+                    freeRows.push_back(i);
+                    z[i] = 0;
+                }
+            }
+            const Eigen::VectorXd rest = b - A * z;
+            Eigen::VectorXd expected = z;
+            if (!freeRows.empty()) {
+                const Eigen::MatrixXd block = A(freeRows, freeRows);
+                const Eigen::VectorXd right = rest(freeRows);
+                const Eigen::VectorXd x = block.llt().solve(right);
+                for (std::size_t k = 0; k < freeRows.size(); ++k)
+                    expected[freeRows[k]] = x[static_cast<Eigen::Index>(k)];
+            }
+            ASSERT_TRUE(m.solveFreeRows(index.data(), b.data(), z.data(), w.data()));
+            EXPECT_LT((z - expected).norm(), 1e-9 * (1 + expected.norm()));
+            const Eigen::VectorXd residual = A * expected - b;
+            for (int i = 0; i < n; ++i)
+                EXPECT_NEAR(w[i], index[static_cast<std::size_t>(i)] != 0 ? residual[i] : 0,
+                            1e-8 * (1 + residual.norm()));
+        }
+    }
+}
+
+// A forest of joints is eliminated from its leaves: no entry is filled, whatever the order in which
+// the joints come.
+TEST(SparseMatrixTest, JointForestsFillNothing) {
+    constexpr unsigned kSeed = 33;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    auto joints = RandomPartition::binaryTree(511, 5);
+    std::shuffle(joints.begin(), joints.end(), random);
+    RandomPartition p(random, 511, joints);
+    bvbCholRRT sparse;
+    vbChol skyline;
+    for (LCPMatrix* m : {static_cast<LCPMatrix*>(&sparse), static_cast<LCPMatrix*>(&skyline)}) {
+        m->allocate(p.size());
+        m->calcJinvMJT(p.rows);
+    }
+    double pairs = 0; // of joints that share a body, each with itself too
+    for (const auto& a : joints)
+        for (const auto& b : joints)
+            pairs += a.body0 == b.body0 || a.body0 == b.body1 || a.body1 == b.body0 ||
+                     a.body1 == b.body1;
+    EXPECT_LE(sparse.solveFlops() / 4, 25 * (pairs + 511) / 2);
+    EXPECT_LT(sparse.pendingFactorFlops(), 1e6);
+    EXPECT_GT(skyline.solveFlops(), 10 * sparse.solveFlops());
+}
+
+// Both roads of a pass, over the tight rows and over the free ones, end at the same point.
+TEST(SparseMatrixTest, LcpOnBothMatricesIsTheSame) {
+    constexpr unsigned kSeed = 34;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    std::vector<char> memory(1 << 24);
+    KitMemoryPool pool;
+    pool.init(memory.data(), memory.size());
+    for (const Graph& graph : graphs(random)) {
+        SCOPED_TRACE(graph.name);
+        RandomPartition p(random, graph.bodies, graph.joints);
+        const int n = p.size();
+        BoxedLcp lcp = randomLcp(random, n, 1, 1);
+        lcp.A = p.dense();
+        Eigen::VectorXd result[2];
+        int passes[2];
+        vbChol skyline;
+        bvbCholRRT sparse;
+        LCPMatrix* matrices[2] = {&skyline, &sparse};
+        for (int k = 0; k < 2; ++k) {
+            matrices[k]->allocate(n);
+            matrices[k]->calcJinvMJT(p.rows);
+            matrices[k]->factorize();
+            result[k] = Eigen::VectorXd::Zero(n);
+            std::vector<int> index(static_cast<std::size_t>(n), 0);
+            DynsLCPSolverParameters parameters;
+            parameters.tolerance = 1e-7;
+            parameters.max_iterations = 300;
+            BoxedLcp data = lcp;
+            DynsLCPStatus status;
+            passes[k] = cycle_detect_lcp_solver(matrices[k], result[k].data(), data.b.data(),
+                                                data.lower.data(), data.upper.data(), index.data(),
+                                                &parameters, &pool, &status);
+            ASSERT_TRUE(status.converged);
+            EXPECT_LT(lcp.residual(result[k]), 1e-6);
+        }
+        EXPECT_EQ(passes[0], passes[1]);
+        EXPECT_LT((result[0] - result[1]).norm(), 1e-7 * (1 + result[0].norm()));
+    }
+}
+
+TEST(SparseMatrixTest, ElementsSetOneByOne) {
+    for (const bool sparse : {false, true}) {
+        vbChol a;
+        bvbCholRRT b;
+        LCPMatrix& m = sparse ? static_cast<LCPMatrix&>(b) : a;
+        m.allocate(30);
+        EXPECT_EQ(m.ild, 48);
+        for (int i = 0; i < 30; ++i)
+            m.setElement(i, i, 4);
+        EXPECT_EQ(m.setElement(20, 3, 1), 1);
+        EXPECT_EQ(m.getElement(3, 20), 1);
+        EXPECT_EQ(m.getElement(20, 5), 0); // the gap reads as zero
+        m.factorize();
+        EXPECT_EQ(m.getElementFactor(20, 1), 0);
+        EXPECT_NEAR(m.getElementFactor(20, 3), 0.5, 1e-13);
+        EXPECT_NEAR(m.getDiagInv(20), 1 / std::sqrt(3.75), 1e-13);
+        std::vector<double> x(64, 1);
+        m.solve(x.data(), 1);
+        EXPECT_NEAR(x[20], (1 - 0.25) / 3.75, 1e-13);
+    }
+}
+
+// Neither matrix fails on a matrix without pivots; each has its own rule.
+TEST(SparseMatrixTest, BadPivots) {
+    vbChol replaced;
+    replaced.allocate(2);
+    replaced.setElement(0, 0, 0);
+    replaced.factorize();
+    EXPECT_DOUBLE_EQ(replaced.getElementFactor(0, 0), std::sqrt(static_cast<double>(1e-12F)));
+
+    bvbCholRRT size;
+    size.allocate(2);
+    size.setElement(0, 0, -4);
+    size.setElement(1, 1, 1);
+    size.factorize();
+    EXPECT_DOUBLE_EQ(size.getElementFactor(0, 0), 2);
+}
+
+} // namespace
