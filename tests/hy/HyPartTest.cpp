@@ -24,6 +24,7 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kRounding = 1e-12;
+constexpr HyReal kUnitTensor[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
 constexpr auto kAnimated = HyPart::kControlAnimated;
 constexpr auto kDynamic = HyPart::kControlDynamic;
 constexpr auto kStatic = HyPart::kControlStatic;
@@ -330,7 +331,7 @@ TEST_F(HyPartTest, ADynamicPartOfNoMassWeighsOneKilogram) {
 
 TEST_F(HyPartTest, MassPropertiesAddUp) {
     HyPart part(2);
-    part.setMassAndInertia(2, (const HyReal[3][3]){{1, 0, 0}, {0, 1, 0}, {0, 0, 1}});
+    part.setMassAndInertia(2, kUnitTensor);
     const HyMassProperties added = part.getMassProperties();
     part.addMassProperties(added, HyTransform(HyVector3(0, 0, 2)));
     EXPECT_EQ(part.getMass(), 4);
@@ -515,7 +516,8 @@ TEST_F(HyPartTest, LeavesAndChangesUniverses) {
 // A restored part goes on to the same bits: a spinning top with an odd centre of mass, damped.
 TEST_F(HyPartTest, RestoredStateReplaysToTheBit) {
     HyPart &part = addPart(2), &other = addPart(1);
-    part.setMassAndInertia(2, (const HyReal[3][3]){{1, 0.1, 0}, {0.1, 2, 0}, {0, 0, 2.5}});
+    const HyReal tensor[3][3] = {{1, 0.1, 0}, {0.1, 2, 0}, {0, 0, 2.5}};
+    part.setMassAndInertia(2, tensor);
     part.setCOMOffset({0.1, 0.2, 0.3});
     part.setTransform(makeTransform({1, 2, 3}, {3, 2, 1}, 2));
     part.setAngularVelocity(1, 7, 2);
