@@ -5,9 +5,10 @@
 #include <Kit/KitPool.h>
 #include <kit/KitTestSupport.h>
 
-#include <eigen3/Eigen/Dense>
+#include <Eigen/Dense>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <random>
 #include <utility>
@@ -123,7 +124,8 @@ protected:
         DynBodySetLinearVelocity(body, randomVector().data());
         DynBodySetAngularVelocity(body, randomVector().data());
         KitMatrix3 tensor;
-        Eigen::Map<Matrix>(tensor[0]) = randomTensor();
+        const Matrix random = randomTensor();
+        std::copy_n(random.data(), 9, tensor[0]); // symmetric
         DynBodySetInertiaTensor(body, tensor);
         DynBodySetMass(body, uniform(1, 3));
     }
