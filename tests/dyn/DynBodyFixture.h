@@ -90,6 +90,13 @@ protected:
     }
 
     static Vector vectorOf(const KitReal* v) { return {v[0], v[1], v[2]}; }
+    static Matrix matrixOf(const KitMatrix3 m) {
+        Matrix M;
+        for (int i = 0; i < 3; ++i)
+            for (int j = 0; j < 3; ++j)
+                M(i, j) = m[i][j];
+        return M;
+    }
     /// The rotation as column vectors know it.
     static Matrix rotationOf(const KitMatrix4 tm) {
         Matrix R;
@@ -125,7 +132,8 @@ protected:
         DynBodySetAngularVelocity(body, randomVector().data());
         KitMatrix3 tensor;
         const Matrix random = randomTensor();
-        std::copy_n(random.data(), 9, tensor[0]); // symmetric
+        for (int i = 0; i < 3; ++i)
+            KitVector3Copy(tensor[i], Vector(random.row(i)).data());
         DynBodySetInertiaTensor(body, tensor);
         DynBodySetMass(body, uniform(1, 3));
     }

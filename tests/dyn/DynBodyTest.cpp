@@ -37,27 +37,28 @@ TEST_F(DynBodyTest, StatesFollowTheirTable) {
         int solverFlags;
         bool enabled;
         std::vector<bool> geometryCalls;
+        std::size_t rebinds; ///< of the body's constraint
     };
     constexpr unsigned F = kDynBodyFrozen, K = kDynBodyKinematic;
     const Step enable = DynBodyEnable, disable = DynBodyDisable, freeze = DynBodyFreeze,
                unfreeze = DynBodyUnFreeze, dynamic = DynBodyMakeDynamic,
                kinematic = DynBodyMakeKinematic;
     const Case cases[] = {
-        {"new", {}, 0, 0, false, {}},
-        {"enabled", {enable}, 0, 0, true, {false}},
-        {"enabled twice", {enable, enable}, 0, 0, true, {false}},
-        {"slept", {enable, disable, disable}, 0, 0, false, {false, true}},
-        {"frozen asleep", {freeze}, F, 16, false, {}},
-        {"frozen awake", {enable, freeze, freeze}, F, 16, false, {false}},
-        {"frozen is not woken", {freeze, enable}, F, 16, false, {}},
-        {"unfrozen wakes", {freeze, unfreeze}, 0, 0, true, {}},
-        {"unfreezing an unfrozen", {unfreeze}, 0, 0, false, {}},
-        {"kinematic wakes its geometry first", {kinematic}, K, 32, false, {false}},
-        {"kinematic, frozen", {kinematic, freeze}, F | K, 48, false, {false}},
-        {"kinematic, frozen, unfrozen", {kinematic, freeze, unfreeze}, K, 32, false, {false}},
-        {"back to dynamic", {kinematic, dynamic}, 0, 0, true, {false, false}},
-        {"dynamic from both", {kinematic, freeze, dynamic}, 0, 0, true, {false, false}},
-        {"dynamic stays asleep", {dynamic}, 0, 0, false, {}},
+        {"new", {}, 0, 0, false, {}, 0},
+        {"enabled", {enable}, 0, 0, true, {false}, 0},
+        {"enabled twice", {enable, enable}, 0, 0, true, {false}, 0},
+        {"slept", {enable, disable, disable}, 0, 0, false, {false, true}, 0},
+        {"frozen asleep", {freeze}, F, 16, false, {}, 1},
+        {"frozen awake", {enable, freeze, freeze}, F, 16, false, {false}, 1},
+        {"frozen is not woken", {freeze, enable}, F, 16, false, {}, 1},
+        {"unfrozen wakes", {freeze, unfreeze}, 0, 0, true, {}, 2},
+        {"unfreezing an unfrozen", {unfreeze}, 0, 0, false, {}, 0},
+        {"kinematic wakes its geometry first", {kinematic}, K, 32, false, {false}, 1},
+        {"kinematic, frozen", {kinematic, freeze}, F | K, 48, false, {false}, 2},
+        {"kinematic, frozen, unfrozen", {kinematic, freeze, unfreeze}, K, 32, false, {false}, 3},
+        {"back to dynamic", {kinematic, dynamic}, 0, 0, true, {false, false}, 2},
+        {"dynamic from both", {kinematic, freeze, dynamic}, 0, 0, true, {false, false}, 3},
+        {"dynamic stays asleep", {dynamic}, 0, 0, false, {}, 0},
     };
     for (const Case& c : cases) {
         DynBody* body = addBody();
@@ -74,11 +75,7 @@ TEST_F(DynBodyTest, StatesFollowTheirTable) {
         for (const auto& [called, isStatic] : geometryCalls())
             calls.push_back(isStatic);
         EXPECT_EQ(calls, c.geometryCalls) << c.name;
-        EXPECT_EQ(constraint.bound.empty(),
-                  c.state == 0 && !body->kiroBody.flags &&
-                      std::find(c.steps.begin(), c.steps.end(), freeze) == c.steps.end() &&
-                      std::find(c.steps.begin(), c.steps.end(), kinematic) == c.steps.end())
-            << c.name;
+        EXPECT_EQ(constraint.bound.size(), c.rebinds) << c.name;
         for (const auto& [slot, bound] : constraint.bound)
             EXPECT_TRUE(slot == 0 && bound == body) << c.name;
         destroy(body);
@@ -200,8 +197,7 @@ TEST_F(DynBodyTest, MovingTheCenterOfMassKeepsTheMaterial) {
             EXPECT_LT((materialVelocity(body, point) - velocity).norm(), 10 * kRounding) << kSeed;
             KitMatrix3 newTensor;
             DynBodyGetInertiaTensor(body, newTensor);
-            for (int i = 0; i < 9; ++i)
-                EXPECT_NEAR(newTensor[0][i], tensor[0][i], kRounding) << kSeed;
+            EXPECT_LT((matrixOf(newTensor) - matrixOf(tensor)).norm(), kRounding) << kSeed;
             DynBodyGetAngularMomentum(body, newMomentum);
             EXPECT_LT((vectorOf(newMomentum) - vectorOf(momentum)).norm(), kRounding) << kSeed;
             UpdateBodyTransform(body);
@@ -227,11 +223,12 @@ TEST_F(DynBodyTest, HoldsAttachmentsButNotContactsInTheWorld) {
     setRandomTransform(tm);
     DynBodySetTransformAndUpdateConstraintAttachments(body, tm);
     KitMatrix4TMCompound(after, joint.bclH.ref[0], body->kiroBody.tm);
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_NEAR(after[0][i], before[0][i], 10 * kRounding);
-        EXPECT_EQ(joint.bclH.ref[1][0][i], otherRef[0][i]);
-        EXPECT_EQ(contact.bclH.ref[0][0][i], i % 5 == 0 ? 1 : 0);
-    }
+    for (int i = 0; i < 4; ++i)
+        for (int j = 0; j < 4; ++j) {
+            EXPECT_NEAR(after[i][j], before[i][j], 10 * kRounding);
+            EXPECT_EQ(joint.bclH.ref[1][i][j], otherRef[i][j]);
+            EXPECT_EQ(contact.bclH.ref[0][i][j], i == j ? 1 : 0);
+        }
 }
 
 // With the centre of mass beside the frame, one step of the velocities leads to the target; a turn
@@ -366,8 +363,7 @@ TEST_F(DynBodyTest, EnergyAndAccelerationAtAPoint) {
         setRandomMotion(body);
         KitMatrix3 tensor;
         DynBodyGetInertiaTensor(body, tensor);
-        const Matrix R = rotationOf(body->bodyTM),
-                     I = R * Eigen::Map<Matrix>(tensor[0]) * R.transpose();
+        const Matrix R = rotationOf(body->bodyTM), I = R * matrixOf(tensor) * R.transpose();
         const Vector v = vectorOf(body->kiroBody.vel), w = vectorOf(body->kiroBody.velrot);
         const double expected = 0.5 * body->mass * v.squaredNorm() + 0.5 * w.dot(I * w);
         EXPECT_NEAR(DynBodyGetKineticEnergy(body), expected, kRounding);
