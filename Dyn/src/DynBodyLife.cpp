@@ -1,4 +1,5 @@
 #include "DynBodyConstraints.h"
+#include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynBodyForce.h>
@@ -99,7 +100,7 @@ void DynBodyDestroy(DynBody* body) {
 }
 
 void DynBodyDestroyInPool(DynBody* body, KitPool* pool) {
-    if (!body)
+    if (!body || (body->world && DynWorldRefusesDuringStep(body->world, "DynBodyDestroy")))
         return;
     DynBodyDisable(body);
     DynBodyLeaveConstraints(body);

@@ -39,8 +39,12 @@ bool enable(DynBody* body) {
     if (body->stateFlags != 0)
         return false;
     const bool enters = body->world && !body->enabledTome;
-    if (enters)
+    if (enters) {
         linkEnabled(body);
+        // What it saved before it slept is of another step.
+        KitVector3Zero(body->savedForce);
+        KitVector3Zero(body->savedTorque);
+    }
     body->enabledTime = 0;
     return enters;
 }

@@ -41,6 +41,8 @@ int orFirst(int index, int count) {
 
 void DynsFrameCreate(DynsParameters* parameters) {
     auto* frame = new DynsFrame;
+    (void)DynsFrameAddLinearSolver(frame, &frame->vb_mat);
+    (void)DynsFrameAddLinearSolver(frame, &frame->bvb_mat);
     (void)DynsFrameAddStepperModel(frame, &frame->stable_model);
     (void)DynsFrameAddStepperModel(frame, &frame->vintage_kiro);
     frame->lcp_solvers[kDynLCPSolverBM] = cycle_detect_lcp_solver;

@@ -2,7 +2,9 @@
 #include <Dyns/DynsConstraintSolverRegistry.h>
 #include <Dyns/LCPMatrix.h>
 #include <Dyns/StableStepper.h>
+#include <Dyns/bvbCholRRT.h>
 #include <Dyns/kiro_model.h>
+#include <Dyns/vbChol.h>
 
 struct DynsParameters;
 class constraint_solver;
@@ -24,6 +26,8 @@ struct DynsFrame {
     constraint_solver* ct_solvers[DynsConstraintSolverRegistry::kMaxCount] = {};
     int n_linear_solvers = 0, n_stepper_models = 0, n_lcp_solvers = 0;
 
+    vbChol vb_mat;
+    bvbCholRRT bvb_mat;
     StableStepper stable_model;
     kiro_model vintage_kiro;
 };

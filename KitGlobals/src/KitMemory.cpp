@@ -21,12 +21,11 @@ void* resize(void* block, std::size_t size) {
     return size == 0 ? nullptr : std::realloc(block, size);
 }
 
-/// Answers the block; a missing one is fatal, unless nothing was asked for.
-void* checkAllocated(void* block, std::size_t size, const char* operation, const char* buffer) {
+/// Answers the block; a missing one is fatal, unless nothing was asked for. The message takes the
+/// name of the buffer.
+void* checkAllocated(void* block, std::size_t size, const char* message, const char* buffer) {
     if (!block && size > 0) {
-        KitFatalError(kOutOfMemory,
-                      "StdMemoryAllocator::%s::cannot allocate memory for buffer named %s\n",
-                      operation, buffer);
+        KitFatalError(kOutOfMemory, message, buffer);
         std::abort(); // the handler has returned
     }
     return block;
@@ -110,19 +109,24 @@ int KitMemoryCheckMemory(void (*)(const void*, std::size_t)) {
 KitMemoryHandler::~KitMemoryHandler() = default;
 
 void* StdMemoryAllocator::create(std::size_t size, const char* name) {
-    return checkAllocated(KitMemoryAPI_create(size), size, "creaate", name);
+    return checkAllocated(
+        KitMemoryAPI_create(size), size,
+        "StdMemoryAllocator::creaate::cannot allocate memory for buffer named %s\n", name);
 }
 
 void* StdMemoryAllocator::create_aligned(std::size_t size, std::size_t alignment,
                                          const char* name) {
-    return checkAllocated(KitMemoryAPI_createAligned(size, alignment), size, "creaate_aligned",
-                          name);
+    return checkAllocated(
+        KitMemoryAPI_createAligned(size, alignment), size,
+        "StdMemoryAllocator::creaate_aligned::cannot allocate memory for buffer named %s\n", name);
 }
 
 void* StdMemoryAllocator::create_aligned_zeroed(std::size_t size, std::size_t alignment,
                                                 const char* name) {
-    void* block = checkAllocated(KitMemoryAPI_createAligned(size, alignment), size,
-                                 "creaate_aligned_zeroed", name);
+    void* block = checkAllocated(
+        KitMemoryAPI_createAligned(size, alignment), size,
+        "StdMemoryAllocator::creaate_aligned_zeroed::cannot allocate memory for buffer named %s\n",
+        name);
     return block ? std::memset(block, 0, size) : nullptr;
 }
 

@@ -16,11 +16,11 @@ __attribute__((format(printf, 2, 0))) void formatText(char (&text)[kTextSize], c
         text[0] = 0;
 }
 
-__attribute__((format(printf, 4, 0))) void showMessage(KitMessageShow show, const char* channel,
+__attribute__((format(printf, 4, 0))) void showMessage(KitMessageShow show, const char* prefix,
                                                        int code, const char* format,
                                                        va_list arguments) {
     char text[kTextSize];
-    std::snprintf(text, kTextSize, "%s{%d}: ", channel, code);
+    std::snprintf(text, kTextSize, prefix, code);
     show(code, text);
     formatText(text, format, arguments);
     show(code, text);
@@ -94,22 +94,22 @@ void KitFatalError(int code, const char* format, ...) {
 
 void KitHandlerInfo(int code, const char* format, va_list arguments) {
     if (KitInfoLevel >= code)
-        showMessage(KitInfoShow, "HyInfo", code, format, arguments);
+        showMessage(KitInfoShow, "HyInfo{%d}: ", code, format, arguments);
 }
 
 void KitHandlerWarning(int code, const char* format, va_list arguments) {
     if (KitWarningLevel >= code)
-        showMessage(KitWarningShow, "HyWarning", code, format, arguments);
+        showMessage(KitWarningShow, "HyWarning{%d}: ", code, format, arguments);
 }
 
 void KitHandlerDebug(int code, const char* format, va_list arguments) {
     if (KitDebugLevel >= code)
-        showMessage(KitDebugShow, "HyDebug", code, format, arguments);
+        showMessage(KitDebugShow, "HyDebug{%d}: ", code, format, arguments);
 }
 
 void KitHandlerFatalError(int code, const char* format, va_list arguments) {
     if (KitFatalErrorLevel >= code)
-        showMessage(putAndShow, "HyFatalError", code, format, arguments);
+        showMessage(putAndShow, "HyFatalError{%d}: ", code, format, arguments);
     endProcess();
 }
 

@@ -96,7 +96,9 @@ void HyInertiaTensor::get(HyVector3& moments, HyTransform& axes,
     if (refuse(reference.isFinite(), "get"))
         return;
     const HyTensor rows = HyTensor::rowsOf(reference);
-    const HyPrincipalMoments principal(HyTensor(m).rotatedBy(rows.transposed()), kJacobiSweeps);
+    HyTensor seen = HyTensor(m).rotatedBy(rows.transposed());
+    seen.dropVanishingProducts();
+    const HyPrincipalMoments principal(seen, kJacobiSweeps);
     HyTransform frame;
     for (int i = 0; i < 3; ++i)
         frame.axis(i) = reference.rotate(HyVector3::constCast(principal.axes.m[i]));

@@ -14,8 +14,6 @@ namespace {
 constexpr int kJacobiSweeps = 10;
 /// A mass below this share of another one is what rounding leaves of it.
 constexpr HyReal kVanishingMass = 1e-12;
-/// Off-diagonal entries up to this share of the largest entry are rounding.
-constexpr HyReal kVanishingProduct = 1e-14;
 /// A lamina's largest moment is the sum of the others; turning the lamina errs by 1e-16 of that.
 constexpr HyReal kMomentSlack = 1e-9;
 
@@ -23,17 +21,6 @@ bool refuse(bool valid, const char* operation, const char* demand) {
     if (!valid)
         KitWarning(0, "HyMassProperties::%s: %s.\n", operation, demand);
     return !valid;
-}
-
-bool isDiagonal(const HyTensor& tensor) {
-    const HyReal limit = kVanishingProduct * tensor.largest();
-    for (int i = 0; i < 3; ++i) {
-        for (int j = 0; j < 3; ++j) {
-            if (i != j && !(std::abs(tensor.m[i][j]) <= limit))
-                return false;
-        }
-    }
-    return true;
 }
 
 } // namespace
@@ -61,7 +48,9 @@ HyMassProperties& HyMassProperties::operator+=(const HyMassProperties& other) {
 }
 
 HyMassProperties& HyMassProperties::operator-=(const HyMassProperties& other) {
-    if (!refuse(&other != this, "operator-=", "can't subtract self"))
+    if (&other == this)
+        KitWarning(0, "HyMassProperties::operator-=: can't subtract self.\n");
+    else
         _combineInWorld(other, true, "operator-=");
     return *this;
 }
@@ -73,7 +62,9 @@ void HyMassProperties::addMassProperties(const HyMassProperties& other,
 
 void HyMassProperties::subtractMassProperties(const HyMassProperties& other,
                                               const HyTransform& relativeTM) {
-    if (!refuse(&other != this, "subtractMassProperties", "can't subtract self"))
+    if (&other == this)
+        KitWarning(0, "HyMassProperties::subtractMassProperties: can't subtract self.\n");
+    else
         _combineInertiaTensors(other, true, &relativeTM, "subtractMassProperties");
 }
 
@@ -173,8 +164,9 @@ void HyMassProperties::scaleInertiaTensor(HyReal scale) {
 void HyMassProperties::getOrthogonalInertiaTensor(HyReal out[3][3], HyTransform& transform) const {
     const HyTransform& reference = getReferenceFrame();
     HyTransform frame = reference;
-    HyTensor tensor(mInertiaTensor);
-    if (!isDiagonal(tensor)) {
+    HyTensor tensor(mInertiaTensor), relevant = tensor;
+    relevant.dropVanishingProducts();
+    if (!relevant.isDiagonal()) {
         const HyPrincipalMoments principal(tensor, kJacobiSweeps);
         tensor = HyTensor();
         for (int i = 0; i < 3; ++i) {

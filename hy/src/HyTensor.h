@@ -8,6 +8,9 @@
 
 namespace Hy {
 
+/// Off-diagonal entries up to this share of the largest entry are rounding.
+constexpr HyReal kVanishingProduct = 1e-14;
+
 /// A symmetric tensor, or three axes as rows, by value.
 struct HyTensor {
     KitMatrix3 m = {};
@@ -37,6 +40,20 @@ struct HyTensor {
                 largest = std::max(largest, std::abs(entry));
         }
         return largest;
+    }
+    /// Sets off-diagonal entries that are rounding to 0, so that no axes are made of them.
+    void dropVanishingProducts() {
+        const HyReal limit = kVanishingProduct * largest();
+        for (int i = 0; i < 3; ++i) {
+            for (int j = 0; j < 3; ++j) {
+                if (i != j && std::abs(m[i][j]) <= limit)
+                    m[i][j] = 0;
+            }
+        }
+    }
+    [[nodiscard]] bool isDiagonal() const {
+        return m[0][1] == 0 && m[0][2] == 0 && m[1][0] == 0 && m[1][2] == 0 && m[2][0] == 0 &&
+               m[2][1] == 0;
     }
     [[nodiscard]] bool isFinite() const {
         for (const auto& row : m) {

@@ -8,6 +8,7 @@
 #include <Dyns/LCPMatrix.h>
 #include <Dyns/StableStepper.h>
 #include <Dyns/WorldStepper.h>
+#include <Dyns/bvbCholRRT.h>
 #include <Dyns/constraint_solver.h>
 #include <Dyns/itr_constraint_solver.h>
 #include <Dyns/jacobian.h>
@@ -15,4 +16,7 @@
 #include <Dyns/kitreal.h>
 #include <Dyns/lcp.h>
 #include <Dyns/mass_matrix.h>
+#include <Dyns/smv_boxed_keller.h>
+#include <Dyns/smv_matrix.h>
 #include <Dyns/std_constraint_solver.h>
+#include <Dyns/vbChol.h>

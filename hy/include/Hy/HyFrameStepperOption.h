@@ -11,7 +11,7 @@ class HY_API HyFrameStepperOption {
 public:
     /// What each mode sets is told in HyFrameStepperOption.cpp's table, in the order of the actions:
     /// collision, dynamics, integration, checks, recovery.
-    enum StepperModeEnum {
+    enum StepperModeEnum : int {
         kModeNormal = 0,                     ///< all but checks and recovery
         kModeCheck = 1,                      ///< all but recovery
         kModeSafe = 2,                       ///< all

@@ -43,7 +43,7 @@ public:
 
     /// How the solver takes the partitions of a step: by its own choice, in one pass by size, or
     /// group after group.
-    enum PartitionSplitting {
+    enum PartitionSplitting : int {
         kPartitionSplittingAutomatic = 0,
         kPartitionSplittingOnePass = 1,
         kPartitionSplittingGroup = 2,
@@ -143,7 +143,7 @@ public:
     // State.
 
     /// Captures parts, gravity and auto-sleep. Owned by the caller.
-    [[nodiscard]] HyUniverseState* createState() const;
+    [[nodiscard]] HyUniverseState* createState();
     /// Brings back what the state captured, of the parts that are still here. Null: nothing. The
     /// state of another universe, or a call while stepping: a warning, nothing changes.
     void restoreState(HyUniverseState* state);

@@ -1,0 +1,76 @@
+#include <Dyn/DynConstraintLinks.h>
+
+#include "DynWorldInternal.h"
+
+#include <Dyn/DynBody.h>
+#include <Kit/KitMessage.h>
+
+#include <algorithm>
+
+void DynConstraintWalkForget(DynWorld* world, const DynBaseConstraint* constraint) {
+    for (DynConstraintWalk* walk = world->scratch->walk; walk; walk = walk->outer) {
+        auto* place =
+            std::lower_bound(walk->entries.begin(), walk->entries.end(), constraint->serial,
+                             [](const DynConstraintWalk::Entry& entry, std::uint64_t serial) {
+                                 return entry.serial < serial;
+                             });
+        for (; place != walk->entries.end() && place->serial == constraint->serial; ++place)
+            if (place->constraint == constraint)
+                place->constraint = nullptr;
+    }
+}
+
+void DynConstraintEnabledListInsert(DynBaseConstraint* constraint) {
+    DynWorld* world = constraint->world;
+    if (!world || constraint->enabledTome)
+        return;
+    constraint->enabledNext = world->enabledConstraintHead;
+    constraint->enabledTome = &world->enabledConstraintHead;
+    if (constraint->enabledNext)
+        constraint->enabledNext->enabledTome = &constraint->enabledNext;
+    world->enabledConstraintHead = constraint;
+    ++world->nEnabledConstraints;
+}
+
+void DynConstraintEnabledListRemove(DynBaseConstraint* constraint) {
+    if (!constraint->enabledTome)
+        return;
+    DynConstraintWalkForget(constraint->world, constraint);
+    *constraint->enabledTome = constraint->enabledNext;
+    if (constraint->enabledNext)
+        constraint->enabledNext->enabledTome = constraint->enabledTome;
+    constraint->enabledNext = nullptr;
+    constraint->enabledTome = nullptr;
+    --constraint->world->nEnabledConstraints;
+}
+
+bool KitCListNodeInsert(DynBaseConstraint* constraint, int slot) {
+    DynBody* body = constraint->body[slot];
+    if (!body || constraint->cNode[slot])
+        return true;
+    void* memory = KitPoolGetStruct(constraint->world->cNodePool);
+    if (!memory) {
+        KitWarning(20, "KitCListNodeInsert: the node pool cannot grow.\n");
+        return false;
+    }
+    auto* node = new (memory) KitCListNode{.constraint = constraint,
+                                           .slot = slot,
+                                           .next = body->constraintList,
+                                           .tome = &body->constraintList};
+    if (node->next)
+        node->next->tome = &node->next;
+    body->constraintList = node;
+    constraint->cNode[slot] = node;
+    return true;
+}
+
+void KitCListNodeRemove(DynBaseConstraint* constraint, int slot) {
+    KitCListNode* node = constraint->cNode[slot];
+    if (!node)
+        return;
+    *node->tome = node->next;
+    if (node->next)
+        node->next->tome = node->tome;
+    constraint->cNode[slot] = nullptr;
+    KitPoolPutStruct(constraint->world->cNodePool, node);
+}

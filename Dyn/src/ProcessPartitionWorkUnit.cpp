@@ -1,0 +1,60 @@
+#include "ProcessPartitionWorkUnit.h"
+
+#include "DynWorldInternal.h"
+
+#include <Dyns/DynsConstraintFrames.h>
+
+// Partitions come by descending size. Above kHeavyRows one travels alone, and one of kMediumRows or
+// more begins a unit of its own; the small ones share units.
+
+namespace {
+
+constexpr int kHeavyRows = 10;
+constexpr int kMediumRows = 6;
+
+// Fills the unit from entry i on; answers the entry behind the last one taken.
+int fillUnit(ProcessPartitionWorkUnit& unit, DynWorld* world, int i, int end) {
+    const int* rows = world->partitionOutput.maxConstraintsRows;
+    const DynWorldThreadData* data = world->thread_data;
+    for (;;) {
+        unit.add(&world->thread_data[i]);
+        const bool heavy = rows[data[i].partitionID] > kHeavyRows;
+        ++i;
+        if (i == end || unit.isFull() || heavy || rows[data[i].partitionID] >= kMediumRows)
+            return i;
+    }
+}
+
+KitThreadPool* threadPoolFor(const DynWorld* world, int partitions) {
+    if (partitions < 2 || DynsConstraintFramesGetThreaded(world->constraint_frames) < 1 ||
+        !world->host.threadPool)
+        return nullptr;
+    return world->host.threadPool(world->host.owner);
+}
+
+} // namespace
+
+void ProcessPartitionWorkUnit::process() {
+    for (int i = 0; i < count; ++i)
+        fn(data[static_cast<std::size_t>(i)]);
+    count = 0;
+}
+
+void process_all_threads(DynWorld* world, ProcessPartitionWorkUnit::Function fn, int start,
+                         int end) {
+    KitThreadPool* pool = threadPoolFor(world, end - start);
+    if (!pool) {
+        for (int i = start; i < end; ++i)
+            fn(&world->thread_data[i]);
+        return;
+    }
+    std::vector<ProcessPartitionWorkUnit>& units = world->scratch->units;
+    std::size_t used = 0;
+    for (int i = start; i < end; ++used) {
+        if (used == units.size())
+            units.emplace_back();
+        units[used].reset(fn);
+        i = fillUnit(units[used], world, i, end);
+    }
+    KitThreadPoolExecute(pool, units.data(), used);
+}

@@ -1,0 +1,160 @@
+#include <Hy/HyUniverse.h>
+
+#include <Hy/HyFrame.h>
+#include <Hy/HyMessage.h>
+#include <Hy/HyThread.h>
+#include <Hy/HyUniverseObserver.h>
+
+#include <Dyn/DynBody.h>
+#include <Dyn/DynWorld.h>
+
+#include <algorithm>
+#include <limits>
+
+// Life of a universe, its settings, and its place between frame and dynamics world.
+
+namespace Hy {
+namespace {
+
+constexpr HyReal kEarthGravity = 9.80665; ///< m/s², standard gravity
+
+// What the world below reaches through its host record.
+
+bool stepAborted(void*) {
+    const HyFrame* frame = HyFrame::currentInstance();
+    return frame && frame->getStepAborted();
+}
+
+KitThreadPool* threadPool(void*) {
+    HyFrame* frame = HyFrame::currentInstance();
+    return frame ? frame->getThreadPool() : nullptr;
+}
+
+int globalCouplingSolverGroup(void* universe) {
+    return static_cast<HyUniverse*>(universe)->getGlobalCouplingSolverGroup();
+}
+
+unsigned raisedToEven(unsigned n) {
+    return n == std::numeric_limits<unsigned>::max() ? n - 1 : n + n % 2;
+}
+
+} // namespace
+
+HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable*) {
+    init(maxCollisionGeometries);
+    setEarthGravity();
+}
+
+void HyUniverse::init(unsigned maxCollisionGeometries) {
+    HyFrame::instance(); // the steps of the world ask it
+    mWorld = DynWorldCreate(1, 1);
+    mWorld->universe = this;
+    DynWorldHost host;
+    host.owner = this;
+    host.stepAborted = stepAborted;
+    host.threadPool = threadPool;
+    host.globalCouplingSolverGroup = globalCouplingSolverGroup;
+    DynWorldSetHost(mWorld, host);
+    DynPartitionParametersSetGroupingMode(&mWorld->partition_parameters, kDynPartitionUserGrouping);
+    DynGroupingGet(mWorld, 0);
+    setMaxSimultaneousSolverCount(HyThreadGetCPUCount());
+    mCollisionGeometriesMaxCount = raisedToEven(maxCollisionGeometries);
+    setAutoSleep(true);
+}
+
+HyUniverse::~HyUniverse() {
+    HyFrame* frame = HyFrame::currentInstance();
+    if (frame && frame->hasStepper(this))
+        frame->removeUniverse(this);
+    mObservers.forEach([this](HyUniverseObserver& observer) {
+        observer.onUniverseAboutToBeDestroyed();
+        if (mObservers.contains(&observer)) // it may have left in the call
+            unregisterObserver(&observer, true);
+    });
+    destroyParts();
+    while (mIterators)
+        mIterators->leave();
+    DynWorldDestroy(mWorld);
+}
+
+// Settings.
+
+void HyUniverse::setGravity(const HyVector3& gravity) {
+    DynWorldSetGravity(mWorld, gravity.v);
+}
+
+void HyUniverse::setGravity(HyReal x, HyReal y, HyReal z) {
+    setGravity(HyVector3(x, y, z));
+}
+
+void HyUniverse::setEarthGravity() {
+    setGravity(0, 0, -kEarthGravity);
+}
+
+HyVector3 HyUniverse::getGravity() const {
+    HyVector3 gravity;
+    DynWorldGetGravity(mWorld, gravity.v);
+    return gravity;
+}
+
+void HyUniverse::setAutoSleep(bool on) {
+    DynPartitionParametersSetAutoDisable(&mWorld->partition_parameters, on);
+}
+
+bool HyUniverse::getAutoSleep() const {
+    return DynPartitionParametersGetAutoDisable(&mWorld->partition_parameters) != 0;
+}
+
+void HyUniverse::resetDynamics() {
+    DynWorldResetDynamics(mWorld);
+}
+
+HyReal HyUniverse::getCollisionSafeTime() const {
+    return HyFrame::instance()->getTimeStep();
+}
+
+int HyUniverse::getLastPartitionCount() const {
+    return mWorld->partitionOutput.nPartitions;
+}
+
+// Bodies.
+
+void HyUniverse::insertDynBody(DynBody* body) {
+    if (mStepping)
+        HyWarning(0, "HyUniverse insert part: cannot be called while stepping (check intersect "
+                     "subscribers).\n");
+    DynWorldInsertBody(mWorld, body);
+}
+
+void HyUniverse::removeDynBody(DynBody* body) {
+    if (mStepping)
+        HyWarning(0, "HyUniverse remove part: cannot be called while stepping (check intersect "
+                     "subscribers).\n");
+    for (DynamicPartIterator* iterator = mIterators; iterator; iterator = iterator->mOlder)
+        iterator->bodyLeaves(body);
+    DynWorldRemoveBody(mWorld, body);
+}
+
+// Update subscribers.
+
+void HyUniverse::addUpdateSubscriber(UpdateSubscriber* subscriber) {
+    mUpdateSubscriberList.add(subscriber);
+}
+
+void HyUniverse::removeUpdateSubscriber(UpdateSubscriber* subscriber) {
+    mUpdateSubscriberList.remove(subscriber);
+}
+
+bool HyUniverse::containsUpdateSubscriber(const UpdateSubscriber* subscriber) const {
+    return subscriber && mUpdateSubscriberList.contains(subscriber);
+}
+
+unsigned HyUniverse::getUpdateSubscriberCount() const {
+    return static_cast<unsigned>(mUpdateSubscriberList.size());
+}
+
+HyUniverse::UpdateSubscriber* HyUniverse::getUpdateSubscriber(unsigned index) const {
+    return mUpdateSubscriberList.at(index);
+}
+
+} // namespace Hy

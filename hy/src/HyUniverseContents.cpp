@@ -1,0 +1,122 @@
+#include <Hy/HyUniverse.h>
+
+#include <Hy/HyPart.h>
+#include <Hy/HyPointer.h>
+#include <Hy/HySafeWalk.h>
+#include <Hy/HyUniverseObserver.h>
+
+// How objects enter and leave a universe, and who hears of it. Observers may delete what they are
+// told of; a weak pointer follows it where there are observers to do so.
+
+namespace Hy {
+
+/// One kind of member: where the universe keeps it and what observers hear of it.
+template <typename T>
+struct HyUniverse::MemberKind {
+    SortedVector<T*, HyCreationOrder> HyUniverse::*members;
+    void (HyUniverseObserver::*onAdded)(T*);
+    void (HyUniverseObserver::*onRemoved)(T*);
+};
+
+const HyUniverse::MemberKind<HyPart> HyUniverse::kParts{
+    &HyUniverse::mParts, &HyUniverseObserver::onPartAdded, &HyUniverseObserver::onPartRemoved};
+
+/// Answers whether the member has outlived the calls.
+template <typename T>
+bool HyUniverse::tellObservers(void (HyUniverseObserver::*call)(T*), T* member) {
+    if (mObservers.empty())
+        return true;
+    const HyPointer<T> alive(member);
+    mObservers.forEach([&](HyUniverseObserver& observer) {
+        if (alive.valid())
+            (observer.*call)(member);
+    });
+    return alive.valid();
+}
+
+template <typename T>
+void HyUniverse::tellOfContents(HyUniverseObserver& observer, const MemberKind<T>& kind,
+                                void (HyUniverseObserver::*call)(T*)) {
+    for (HySafeWalk walk(this->*kind.members); T* member = walk.next();)
+        (observer.*call)(member);
+}
+
+// The member stands here before it leaves its other universe. If an observer there deletes it, its
+// place here is cleared by address, as it can be compared no more.
+template <typename T>
+bool HyUniverse::addMember(const MemberKind<T>& kind, T* member) {
+    SortedVector<T*, HyCreationOrder>& members = this->*kind.members;
+    if (!member || !members.insert(member))
+        return false;
+    HyUniverse* other = member->getUniverse();
+    if (other && !other->removeMember(kind, member)) {
+        SortedVector<T*, HyCreationOrder> rest;
+        for (T* each : members)
+            if (each != member)
+                rest.insert(each);
+        members.swap(rest);
+        return false;
+    }
+    member->setUniverse(this);
+    tellObservers(kind.onAdded, member);
+    return true;
+}
+
+template <typename T>
+T* HyUniverse::removeMember(const MemberKind<T>& kind, T* member) {
+    if (!member || !(this->*kind.members).erase(member))
+        return nullptr;
+    member->setUniverse(nullptr);
+    return tellObservers(kind.onRemoved, member) ? member : nullptr;
+}
+
+template <typename T>
+void HyUniverse::destroyMembers(const MemberKind<T>& kind) {
+    const SortedVector<T*, HyCreationOrder>& members = this->*kind.members;
+    while (!members.empty())
+        delete removeMember(kind, members[members.size() - 1]);
+}
+
+bool HyUniverse::addPart(HyPart* part) {
+    return addMember(kParts, part);
+}
+
+HyPart* HyUniverse::removePart(HyPart* part) {
+    return removeMember(kParts, part);
+}
+
+void HyUniverse::destroyPart(HyPart* part) {
+    delete removeMember(kParts, part);
+}
+
+void HyUniverse::destroyParts() {
+    destroyMembers(kParts);
+}
+
+// Observers.
+
+void HyUniverse::registerObserver(HyUniverseObserver* observer, bool notify) {
+    if (!observer || observer->mObservedUniverse == this)
+        return;
+    if (observer->mObservedUniverse)
+        observer->mObservedUniverse->unregisterObserver(observer, false);
+    observer->mObservedUniverse = this;
+    mObservers.add(observer);
+    if (notify)
+        tellOfContents(*observer, kParts, kParts.onAdded);
+}
+
+void HyUniverse::unregisterObserver(HyUniverseObserver* observer, bool notify) {
+    if (!mObservers.remove(observer))
+        return;
+    observer->mObservedUniverse = nullptr;
+    if (notify)
+        tellOfContents(*observer, kParts, kParts.onRemoved);
+}
+
+HyUniverseObserver::~HyUniverseObserver() {
+    if (mObservedUniverse)
+        mObservedUniverse->unregisterObserver(this, false);
+}
+
+} // namespace Hy

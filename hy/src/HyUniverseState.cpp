@@ -1,0 +1,53 @@
+#include <Hy/HyUniverseState.h>
+
+#include <Hy/HyMessage.h>
+#include <Hy/HyPart.h>
+#include <Hy/HyPartState.h>
+#include <Hy/HySafeWalk.h>
+#include <Hy/HyUniverse.h>
+#include <Hy/HyUniverseObserver.h>
+
+#include <algorithm>
+
+namespace Hy {
+
+HyUniverseState::HyUniverseState() = default;
+HyUniverseState::~HyUniverseState() = default;
+
+void HyUniverseState::restore() {
+    if (mInstance.valid())
+        mInstance->restoreState(this);
+}
+
+HyUniverseState* HyUniverse::createState() {
+    auto* state = new HyUniverseState;
+    state->mInstance = this;
+    state->mParts.reserve(mParts.size());
+    for (HyPart* part : mParts)
+        state->mParts.emplace_back(part->createState());
+    state->mGravity = getGravity();
+    state->mAutoSleep = getAutoSleep();
+    return state;
+}
+
+// Gravity comes first, and only if it differs: setting it wakes all parts.
+void HyUniverse::restoreState(HyUniverseState* state) {
+    if (!state)
+        return;
+    if (state->mInstance.get() != this || mStepping) {
+        HyWarning(0, "HyUniverse::restoreState: the state must be of this universe, which must not "
+                     "be stepping.\n");
+        return;
+    }
+    const HyVector3 gravity = getGravity();
+    if (!std::equal(gravity.v, gravity.v + 3, state->mGravity.v))
+        setGravity(state->mGravity);
+    setAutoSleep(state->mAutoSleep);
+    for (const std::unique_ptr<HyPartState>& part : state->mParts)
+        if (part->mInstance.valid() && part->mInstance->getUniverse() == this)
+            part->restore();
+    mUpdateSubscriberList.forEach([](UpdateSubscriber& subscriber) { subscriber.reset(); });
+    mObservers.forEach([](HyUniverseObserver& observer) { observer.onStateRestored(); });
+}
+
+} // namespace Hy

@@ -1,0 +1,505 @@
+#include "HeapCounter.h"
+#include "TestWorld.h"
+
+#include <Dyn/DynBodyForce.h>
+#include <Kit/KitMemory.h>
+#include <Kit/KitThreadPool.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+namespace {
+
+constexpr KitReal kStep = 1.0 / 60;
+constexpr KitReal kNaN = std::numeric_limits<KitReal>::quiet_NaN();
+
+using Slices = std::vector<std::pair<int, int>>;
+
+/// What the host of a world sees, and what it answers.
+struct Host {
+    Slices pre, post;
+    std::vector<int> finalSlice;
+    int abortInSlice = -1; ///< of pre
+    bool aborted = false;
+    KitThreadPool* pool = nullptr;
+
+    void attach(DynWorld* world) {
+        DynWorldHost host;
+        host.owner = this;
+        host.stepAborted = [](void* owner) { return static_cast<Host*>(owner)->aborted; };
+        host.preUpdateForce = [](void* owner, DynWorld* w, int start, int end) {
+            auto& self = *static_cast<Host*>(owner);
+            self.aborted = static_cast<int>(self.pre.size()) == self.abortInSlice;
+            self.pre.emplace_back(start, end);
+            self.finalSlice.push_back(w->finalSlicedStep);
+        };
+        host.postUpdateForce = [](void* owner, DynWorld*, int start, int end) {
+            static_cast<Host*>(owner)->post.emplace_back(start, end);
+        };
+        host.threadPool = [](void* owner) { return static_cast<Host*>(owner)->pool; };
+        DynWorldSetHost(world, host);
+    }
+};
+
+class DynWorldStepTest : public testing::Test {
+protected:
+    TestWorld t;
+
+    void setVelocity(DynBody* body, KitReal x, KitReal y = 0, KitReal z = 0) {
+        const KitVector3 v = {x, y, z};
+        DynBodySetLinearVelocity(body, v);
+    }
+    void setGravity(KitReal g) {
+        const KitVector3 v = {0, 0, -g};
+        DynWorldSetGravity(t.world, v);
+    }
+};
+
+TEST_F(DynWorldStepTest, FreeBodyFalls) {
+    setGravity(10);
+    DynBody* body = t.addBody();
+    DynBodySetMass(body, 3);
+    setVelocity(body, 2);
+    constexpr int kSteps = 60;
+    for (int i = 0; i < kSteps; ++i)
+        t.step();
+    KitVector3 x, v, load;
+    DynBodyGetPosition(body, x);
+    DynBodyGetLinearVelocity(body, v);
+    DynBodyGetLastForce(body, load);
+    EXPECT_NEAR(v[2], -10, 1e-12);
+    EXPECT_NEAR(x[0], 2, 1e-12);
+    // Semi-implicit Euler falls half a step's worth further than the parabola.
+    EXPECT_NEAR(x[2], -5 - 5 * kStep, 1e-12);
+    EXPECT_NEAR(load[2], -30, 1e-12);
+}
+
+TEST_F(DynWorldStepTest, DampingIsImplicit) {
+    DynBody* body = t.addBody();
+    DynBodySetMass(body, 2);
+    DynBodySetLinearVelocityDamping(body, 50);
+    setVelocity(body, 3);
+    t.step(0.1);
+    EXPECT_NEAR(body->kiroBody.vel[0], 2.0 * 3 / (2 + 0.1 * 50), 1e-12);
+}
+
+TEST_F(DynWorldStepTest, ImpulseActsInOneStepAndCanBeRearmed) {
+    DynBody* body = t.addBody();
+    DynBodySetMass(body, 2);
+    const KitVector3 impulse = {4, 0, 0};
+    DynBodyAddImpulse(body, impulse);
+    t.step();
+    EXPECT_NEAR(body->kiroBody.vel[0], 2, 1e-12);
+    t.step();
+    EXPECT_NEAR(body->kiroBody.vel[0], 2, 1e-12);
+
+    DynBodyAddImpulse(body, impulse);
+    DynWorldStep(t.world, kStep); // given up: not integrated
+    EXPECT_TRUE(body->impulseConsumed);
+    EXPECT_FALSE(body->impulseAdded);
+    DynBodyResetForces(body);
+    DynBodyRearmImpulses(body);
+    t.step();
+    EXPECT_NEAR(body->kiroBody.vel[0], 4, 1e-12);
+    EXPECT_FALSE(body->impulseConsumed);
+}
+
+TEST_F(DynWorldStepTest, JoinedBodiesShareTheirMomentum) {
+    for (const int otherGroup : {0, 1}) { // within a partition; coupled between two
+        TestWorld world;
+        DynBody *a = world.addBody(0), *b = world.addBody(otherGroup);
+        DynBodySetMass(b, 3);
+        setVelocity(a, 4);
+        DynBaseConstraint& c = world.join({a, b});
+        DynWorldSetCouplingIterations(world.world, 5);
+        world.step();
+        EXPECT_NEAR(a->kiroBody.vel[0] + 3 * b->kiroBody.vel[0], 4, 1e-10) << otherGroup;
+        EXPECT_NEAR(a->kiroBody.vel[0], 1, 1e-8) << otherGroup;
+        EXPECT_NEAR(c.resultForce[0][0], -3 / kStep, 1e-5) << otherGroup;
+        EXPECT_EQ(c.resultForce[1][0], -c.resultForce[0][0]) << otherGroup;
+        EXPECT_EQ(c.bclH.lambda[3], kDynLambdaEnd) << otherGroup;
+        KitVector3 load;
+        DynBodyGetLastForce(a, load);
+        EXPECT_NEAR(load[0], -3 / kStep, 1e-5) << otherGroup;
+    }
+}
+
+TEST_F(DynWorldStepTest, ConstraintLoadsDoNotPileUpWithoutIntegration) {
+    DynBody *a = t.addBody(0), *b = t.addBody(1);
+    setVelocity(a, 4);
+    DynBaseConstraint& c = t.join({a, b});
+    DynWorldStep(t.world, kStep);
+    const KitReal force = c.resultForce[0][0];
+    DynWorldStep(t.world, kStep);
+    EXPECT_EQ(c.resultForce[0][0], force);
+}
+
+TEST_F(DynWorldStepTest, ConstraintWithoutRowsReportsNoForce) {
+    DynBody *a = t.addBody(), *b = t.addBody();
+    setVelocity(a, 4);
+    DynBaseConstraint& slack = t.join({a, b});
+    DynBaseConstraint& other = t.join({a, b});
+    DynBodyForAllConstraints(
+        a, [](DynBaseConstraint*, void*) {}, nullptr);
+    t.step();
+    ASSERT_NE(slack.resultForce[0][0], 0);
+    slack.bclFunction = [](DynsConstraints*, DynBaseConstraint*, const DyncConstraintParameters*) {
+        return 0;
+    };
+    setVelocity(a, 4);
+    t.step();
+    EXPECT_EQ(slack.resultForce[0][0], 0);
+    EXPECT_EQ(slack.bclH.lambda[0], kDynLambdaEnd);
+    EXPECT_NE(other.resultForce[0][0], 0);
+    EXPECT_EQ(t.world->partitionOutput.constraintsSize[0], 1);
+}
+
+TEST_F(DynWorldStepTest, WeaknessOfOneFrameEnds) {
+    DynBody *a = t.addBody(), *b = t.addBody();
+    DynBaseConstraint &once = t.join({a, b}), &always = t.join({a, b});
+    once.weak = kDynWeakOneFrame;
+    always.weak = kDynWeakAlways;
+    t.step();
+    EXPECT_EQ(t.world->partitionOutput.nPartitions, 3);
+    EXPECT_EQ(once.weak, kDynWeakNever);
+    EXPECT_EQ(always.weak, kDynWeakAlways);
+    t.step();
+    EXPECT_EQ(t.world->partitionOutput.nPartitions, 2); // one island, and the weak constraint
+}
+
+TEST_F(DynWorldStepTest, ProportionalFrictionFollowsTheLoadAcrossTheAxis) {
+    setGravity(10);
+    DynBody* body = t.addBody();
+    DynBody* wall = t.addKinematic();
+    const KitVector3 push = {30, 0, 0};
+    DynBaseConstraint& c = t.join({body, wall});
+    c.bclH.hasProportionalFriction = 1;
+    c.bclH.friction[0] = {.mProportional = 1, .mEnabled = 1, .mPartRef = 0, .mCoefficient = 0.5};
+    c.bclH.friction[5] = {.mProportional = 1, .mEnabled = 1, .mPartRef = 1, .mCoefficient = 2};
+    DynBodyAddForce(body, push);
+    t.step();
+    EXPECT_NEAR(c.bclH.friction[0].mMaxForce, 0.5 * 10, 1e-6); // along x: the weight is across
+    EXPECT_NEAR(c.bclH.friction[5].mMaxForce, 2 * 30, 1e-6);   // about z: the push is across
+    c.bclH.friction[0].mEnabled = c.bclH.friction[5].mEnabled = 0;
+    t.step();
+    EXPECT_EQ(c.bclH.hasProportionalFriction, 0);
+}
+
+TEST_F(DynWorldStepTest, RestingBodySleepsAfterItsWindow) {
+    DynBody* body = t.addBody();
+    for (int i = 0; i < 10; ++i)
+        t.step();
+    EXPECT_TRUE(DynBodyIsEnabled(body));
+    t.step();
+    EXPECT_FALSE(DynBodyIsEnabled(body));
+    EXPECT_EQ(body->partitionIndex, -1);
+    EXPECT_EQ(t.world->nEnabledBodies, 0);
+}
+
+TEST_F(DynWorldStepTest, CoupledPartitionsSleepTogether) {
+    DynBody *a = t.addBody(0), *b = t.addBody(1), *mover = t.addBody(2);
+    t.join({a, b});
+    DynBaseConstraint& tie = t.join({b, mover});
+    tie.bclFunction = [](DynsConstraints*, DynBaseConstraint*, const DyncConstraintParameters*) {
+        return 0;
+    };
+    setVelocity(mover, 1);
+    for (int i = 0; i < 20; ++i)
+        t.step();
+    EXPECT_TRUE(DynBodyIsEnabled(a)); // one body of the group moves
+    t.disable(tie);
+    t.step();
+    EXPECT_FALSE(DynBodyIsEnabled(a));
+    EXPECT_FALSE(DynBodyIsEnabled(b));
+    EXPECT_TRUE(DynBodyIsEnabled(mover));
+}
+
+TEST_F(DynWorldStepTest, MovingWallKeepsAwake) {
+    DynBody *body = t.addBody(), *wall = t.addKinematic();
+    DynBaseConstraint& c = t.join({body, wall});
+    c.bclFunction = [](DynsConstraints*, DynBaseConstraint*, const DyncConstraintParameters*) {
+        return 0;
+    };
+    setVelocity(wall, 1);
+    for (int i = 0; i < 20; ++i)
+        t.step();
+    EXPECT_TRUE(DynBodyIsEnabled(body));
+    setVelocity(wall, 0);
+    t.step();
+    EXPECT_FALSE(DynBodyIsEnabled(body));
+}
+
+TEST_F(DynWorldStepTest, OnlySolvedBodiesMove) {
+    DynBody *body = t.addBody(), *sleeper = t.addBody();
+    setVelocity(body, 60);
+    setVelocity(sleeper, 60);
+    DynBodyDisable(sleeper);
+    DynWorldStep(t.world, kStep);
+    DynBodyEnable(sleeper); // too late for this step
+    DynWorldIntegrate(t.world);
+    EXPECT_NEAR(body->bodyTM[3][0], 1, 1e-12);
+    EXPECT_EQ(sleeper->bodyTM[3][0], 0);
+    // A step that solves nothing leaves nothing to integrate.
+    for (const KitReal dt : {0.0, -1.0, kNaN, std::numeric_limits<KitReal>::infinity()})
+        t.step(dt);
+    EXPECT_NEAR(body->bodyTM[3][0], 1, 1e-12);
+    t.step();
+    EXPECT_NEAR(body->bodyTM[3][0], 2, 1e-12);
+    EXPECT_NEAR(sleeper->bodyTM[3][0], 1, 1e-12);
+}
+
+TEST_F(DynWorldStepTest, NoEnabledBodyNoPartitioner) {
+    static int calls = 0;
+    DynWorldSetPartitioner(t.world, [](DynBody* list, DynPartitionOutput* output,
+                                       const DynPartitionParameters* parameters) {
+        ++calls;
+        DynPartitionerExp(list, output, parameters);
+    });
+    DynBody* body = t.addBody();
+    t.step();
+    EXPECT_EQ(calls, 1);
+    DynBodyDisable(body);
+    t.step();
+    DynWorldStep(nullptr, kStep);
+    EXPECT_EQ(calls, 1);
+}
+
+TEST_F(DynWorldStepTest, AbortLeavesTheRemainingSlices) {
+    DynWorldSetSolverThreaded(t.world, 0);
+    Host host;
+    host.abortInSlice = 1;
+    host.attach(t.world);
+    std::vector<DynBody*> bodies;
+    for (int i = 0; i < 150; ++i) {
+        bodies.push_back(t.addBody());
+        setVelocity(bodies.back(), 1);
+    }
+    const KitVector3 force = {1, 0, 0};
+    DynBodyAddForce(bodies[0], force);
+    t.step();
+    EXPECT_EQ(host.pre, (Slices{{0, 100}, {100, 150}}));
+    EXPECT_EQ(host.post, (Slices{{0, 100}}));
+    for (const DynBody* body : bodies) {
+        EXPECT_EQ(body->bodyTM[3][0], 0);
+        EXPECT_EQ(body->kiroBody.force[0], 0);
+    }
+    host.aborted = false;
+    host.abortInSlice = -1;
+    t.step();
+    EXPECT_GT(bodies[149]->bodyTM[3][0], 0);
+}
+
+// Slices.
+
+struct SliceCase {
+    const char* name;
+    int threaded, maxFrames;
+    DynSolverPartitionSplitting splitting;
+    std::vector<int> rows; ///< max_rows of the one constraint of each partition
+    Slices slices;
+};
+
+std::vector<int> repeat(int n, int rows) {
+    return std::vector<int>(static_cast<std::size_t>(n), rows);
+}
+
+TEST(DynWorldSlicesTest, SplittingByFramesRowsAndThreads) {
+    constexpr auto kAuto = kDynPartitionSplittingAutomatic;
+    constexpr auto kOne = kDynPartitionSplittingOnePass;
+    constexpr auto kGroup = kDynPartitionSplittingGroup;
+    const Slices byFour = {{0, 4}, {4, 8}, {8, 10}};
+    const SliceCase cases[] = {
+        {"many small partitions", 1, 4, kAuto, repeat(150, 3), {{0, 100}, {100, 150}}},
+        {"fit into the frames", 1, 150, kAuto, repeat(150, 3), {{0, 150}}},
+        {"no threads", 0, 4, kAuto, repeat(10, 200), byFour},
+        {"few small ones", 1, 4, kAuto, repeat(10, 3), {{0, 10}}},
+        {"few large ones", 1, 4, kAuto, repeat(10, 200), byFour},
+        {"one dominates", 1, 1, kAuto, {2, 1000}, {{0, 2}}},
+        {"none dominates", 1, 1, kAuto, {500, 1000}, {{0, 1}, {1, 2}}},
+        {"one pass wanted", 0, 1, kOne, repeat(150, 3), {{0, 150}}},
+        {"groups wanted", 1, 20, kGroup, repeat(10, 200), {{0, 10}}},
+        {"one partition", 1, 1, kAuto, {3}, {{0, 1}}},
+    };
+    KitThreadPool pool(2);
+    for (const SliceCase& c : cases) {
+        SCOPED_TRACE(c.name);
+        TestWorld t;
+        Host host;
+        host.pool = &pool;
+        host.attach(t.world);
+        for (const int rows : c.rows)
+            t.join({t.addBody(), nullptr}).bclH.max_rows = rows;
+        DynWorldSetSolverThreaded(t.world, c.threaded);
+        t.world->maxKiroFrames = c.maxFrames;
+        t.world->mSolverPartitionSplitting = c.splitting;
+        t.step();
+        EXPECT_EQ(host.pre, c.slices);
+        EXPECT_EQ(host.post, c.slices);
+        for (std::size_t i = 0; i < host.finalSlice.size(); ++i)
+            EXPECT_EQ(host.finalSlice[i], i + 1 == host.finalSlice.size());
+        EXPECT_EQ(t.world->finalSlicedStep, 0);
+        // The larger first.
+        const DynPartitionOutput& o = t.world->partitionOutput;
+        for (int i = 1; i < o.nPartitions; ++i)
+            EXPECT_GE(o.maxConstraintsRows[o.refIndex[i - 1]], o.maxConstraintsRows[o.refIndex[i]]);
+    }
+}
+
+TEST(DynWorldSlicesTest, AGroupOfPartitionsSharesASlice) {
+    TestWorld t;
+    Host host;
+    host.attach(t.world);
+    DynWorldSetSolverThreaded(t.world, 0);
+    t.world->maxKiroFrames = 1;
+    DynBody* free1 = t.addBody(0);
+    DynBody *a = t.addBody(1), *b = t.addBody(2), *c = t.addBody(3), *d = t.addBody(4);
+    t.join({a, b});
+    t.join({c, d});
+    t.step();
+    ASSERT_EQ(t.world->partitionOutput.nPartitions, 7);
+    EXPECT_EQ(host.pre, (Slices{{0, 3}, {3, 6}, {6, 7}}));
+    const DynPartitionOutput& o = t.world->partitionOutput;
+    const int types[] = {0, 0, 1, 0, 0, 1, 0}; // secondaries end the slice
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(o.partition_type[o.refIndex[i]], types[i]) << i;
+    EXPECT_EQ(o.refIndex[6], free1->kiroBody.partition_index);
+}
+
+// A scene of islands, couplings and walls, stepped a while; answers all velocities and positions.
+std::vector<KitReal> playScene(KitThreadPool* pool, int threaded) {
+    TestWorld t;
+    Host host;
+    host.pool = pool;
+    host.attach(t.world);
+    DynWorldSetSolverThreaded(t.world, threaded);
+    const KitVector3 gravity = {0, 0, -10};
+    DynWorldSetGravity(t.world, gravity);
+    DynBody* wall = t.addKinematic();
+    for (int i = 0; i < 60; ++i) {
+        DynBody* body = t.addBody(i % 3);
+        DynBodySetMass(body, 1 + i % 5);
+        const KitVector3 v = {0.1 * i, 1.0 / (1 + i), 0};
+        DynBodySetLinearVelocity(body, v);
+        if (i % 4 != 0)
+            t.join({t.bodies[t.bodies.size() - 2], body});
+        if (i % 20 == 0)
+            t.join({wall, body});
+    }
+    for (int i = 0; i < 20; ++i)
+        t.step();
+    std::vector<KitReal> state;
+    for (const DynBody* body : t.bodies)
+        for (int k = 0; k < 3; ++k) {
+            state.push_back(body->kiroBody.vel[k]);
+            state.push_back(body->kiroBody.tm[3][k]);
+        }
+    return state;
+}
+
+TEST(DynWorldThreadsTest, ResultsAreTheSameBitsForAnyNumberOfThreads) {
+    const std::vector<KitReal> alone = playScene(nullptr, 0);
+    for (const unsigned threads : {1U, 2U, 4U}) {
+        KitThreadPool pool(threads);
+        const std::vector<KitReal> state = playScene(&pool, 1);
+        ASSERT_EQ(state.size(), alone.size());
+        EXPECT_EQ(std::memcmp(state.data(), alone.data(), alone.size() * sizeof(KitReal)), 0)
+            << threads;
+    }
+}
+
+TEST_F(DynWorldStepTest, NotANumberStaysInItsIsland) {
+    DynBody *sick = t.addBody(), *well = t.addBody(), *partner = t.addBody();
+    t.join({well, partner});
+    setVelocity(well, 2);
+    sick->kiroBody.force[0] = kNaN;
+    t.step();
+    EXPECT_NEAR(well->kiroBody.vel[0], 1, 1e-8);
+    EXPECT_NEAR(partner->bodyTM[3][0], kStep, 1e-9);
+}
+
+TEST_F(DynWorldStepTest, BodyForcesActBetweenPartitioningAndPacking) {
+    DynBody* body = t.addBody();
+    DynBodyForce* force = DynBodyForceCreate(t.world);
+    DynBodyForceSetBodies(force, body, nullptr, nullptr);
+    DynBodyForceConfig config;
+    config.update = [](DynBodyForce* f) {
+        EXPECT_EQ(f->w->partitionOutput.nPartitions, 1);
+        const KitVector3 push = {3, 0, 0};
+        DynBodyAddForce(DynBodyForceGetBody(f, 0), push);
+    };
+    DynBodyForceSetConfig(force, config);
+    DynBodyForceEnable(force);
+    t.step(0.5);
+    EXPECT_NEAR(body->kiroBody.vel[0], 1.5, 1e-12);
+}
+
+TEST_F(DynWorldStepTest, CallsDuringAStepAreRefused) {
+    static DynBody* body;
+    body = t.addBody();
+    DynWorldHost host;
+    host.preUpdateForce = [](void*, DynWorld* w, int, int) {
+        DynWorldStep(w, 1);
+        DynWorldIntegrate(w);
+        DynWorldRemoveBody(w, body);
+        DynBodyDestroy(body);
+        DynWorldDestroy(w);
+    };
+    DynWorldSetHost(t.world, host);
+    setVelocity(body, 1);
+    t.step();
+    EXPECT_EQ(t.world->nBodies, 1);
+    EXPECT_EQ(body->world, t.world);
+    EXPECT_EQ(t.world->params.timeStep, kStep);
+}
+
+// Steady state allocates nothing.
+
+long sTableCalls = 0;
+
+TEST_F(DynWorldStepTest, SteadyStateMakesNoHeapCall) {
+    KitThreadPool pool(2);
+    Host host;
+    host.pool = &pool;
+    host.attach(t.world);
+    host.pre.reserve(1000);
+    host.post.reserve(1000);
+    host.finalSlice.reserve(1000);
+    DynWorldSetAutoDisable(t.world, 0);
+    setGravity(10);
+    for (int i = 0; i < 300; ++i) {
+        DynBody* body = t.addBody(i % 3);
+        if (i % 5 != 0)
+            t.join({t.bodies[t.bodies.size() - 2], body});
+    }
+    for (const int threaded : {0, 1}) {
+        DynWorldSetSolverThreaded(t.world, threaded);
+        for (int i = 0; i < 5; ++i)
+            t.step();
+        const KitMemoryAPIStruct table = KitMemoryAPI;
+        static KitMemoryAPIStruct plain;
+        plain = table;
+        KitMemoryAPI.create = [](std::size_t n) { return ++sTableCalls, plain.create(n); };
+        KitMemoryAPI.createZeroed = [](std::size_t n) {
+            return ++sTableCalls, plain.createZeroed(n);
+        };
+        KitMemoryAPI.createAligned = [](std::size_t n, std::size_t a) {
+            return ++sTableCalls, plain.createAligned(n, a);
+        };
+        KitMemoryAPI.resize = [](void* p, std::size_t n) {
+            return ++sTableCalls, plain.resize(p, n);
+        };
+        const long before = heapCalls();
+        sTableCalls = 0;
+        for (int i = 0; i < 10; ++i)
+            t.step();
+        const long calls = heapCalls() - before;
+        KitMemoryAPI = table;
+        EXPECT_EQ(sTableCalls, 0) << "threaded " << threaded;
+        EXPECT_EQ(calls, 0) << "threaded " << threaded;
+    }
+}
+
+} // namespace
