@@ -108,8 +108,6 @@ void DynBodyDestroyInPool(DynBody* body, KitPool* pool) {
     if (body->world) {
         DynBodyForceForgetBody(body->world, body);
         DynWorldRemoveBody(body->world, body);
-        if (body->world) // in the middle of a step: it stays in the world, at rest and unowned
-            return;
     }
     body->kiroBody.tag = -1;
     KitPoolPutStruct(pool, body);
