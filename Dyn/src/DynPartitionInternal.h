@@ -39,7 +39,7 @@ struct DynPartitionFill {
     const DynPartitionParameters* parameters;
     DynBodyIDQueue* queue;
     int partition;
-    int initialGroup; ///< user group of the starting body
+    int initialGroupIndex; ///< user group of the starting body
     int maxDepth;     ///< hops that it may reach into other groups
     int maxBodies;    ///< no more bodies vote for it from this size on, if above 0
 };

@@ -105,7 +105,7 @@ void makePartition(DynBody* start, DynPartitionOutput* output,
         .parameters = parameters,
         .queue = &scratchOf(output).queue,
         .partition = partition,
-        .initialGroup = start->kiroBody.user_group,
+        .initialGroupIndex = start->kiroBody.user_group,
         .maxDepth = ownDepth ? group->cross_grouping_depth : parameters->cross_grouping_max_depth,
         .maxBodies = group ? group->max_partition_bodies : -1,
     };
