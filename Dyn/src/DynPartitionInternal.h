@@ -40,8 +40,8 @@ struct DynPartitionFill {
     DynBodyIDQueue* queue;
     int partition;
     int initialGroupIndex; ///< user group of the starting body
-    int maxDepth;     ///< hops that it may reach into other groups
-    int maxBodies;    ///< no more bodies vote for it from this size on, if above 0
+    int maxDepth;          ///< hops that it may reach into other groups
+    int maxBodies;         ///< no more bodies vote for it from this size on, if above 0
 };
 
 /// Raises the capacities to at least these, at least doubling one that is too small.
