@@ -29,5 +29,7 @@ DynBody* DynConstraintFindStrongestBody(const DynBaseConstraint* constraint) {
 }
 
 void DynConstraintUpdateStrongestBody(DynBaseConstraint* constraint) {
-    constraint->bclH.strongestBody = DynConstraintFindStrongestBody(constraint);
+    DynBody* strongest = DynConstraintFindStrongestBody(constraint);
+    constraint->bclH.strongestBody = strongest;
+    constraint->bclH.strongestSolverBody = strongest ? &strongest->rootParent->kiroBody : nullptr;
 }

@@ -24,9 +24,14 @@ KitReal loadAcross(const KitVector4 force, const KitVector4 axis) {
     return std::sqrt(squared);
 }
 
+// The first slot of which the solver moves the body; the others report no force.
+int loadedSlot(const DyncConstraintHeader& head) {
+    return head.b[0] && head.b[0] != head.strongestSolverBody ? 0 : 1;
+}
+
 // Proportional friction follows the load of the step that has just been solved.
 void updateProportionalFriction(DynBaseConstraint& c) {
-    const KitVector4& force = c.resultForce[c.body[0] ? 0 : 1];
+    const KitVector4& force = c.resultForce[loadedSlot(c.bclH)];
     bool found = false;
     for (int k = 0; k < 6; ++k) {
         DyncFriction& friction = c.bclH.friction[k];

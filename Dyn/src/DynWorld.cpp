@@ -3,6 +3,7 @@
 #include <Dyn/DynBody.h>
 #include <Dyn/DynBodyForce.h>
 #include <Dyn/DynConstraintLinks.h>
+#include <Dyn/DynJointType.h>
 #include <Dyn/DynPartition.h>
 #include <Dyns/DynsConstraintFrames.h>
 #include <Kit/KitMemory.h>
@@ -31,8 +32,9 @@ void makePools(DynWorld* world) {
     DynWorldScratch& s = *world->scratch;
     makePool(world->bodyPool, s.bodies, world->maxBodies, sizeof(DynBody), kBodyAlignment,
              "world bodyPool");
-    makePool(world->constraintPool, s.constraints, world->maxConstraints, sizeof(DynBaseConstraint),
-             alignof(DynBaseConstraint), "world constraintPool");
+    makePool(world->constraintPool, s.constraints, world->maxConstraints,
+             static_cast<std::size_t>(getDynConstraintUnionSize()), alignof(DynBaseConstraint),
+             "world constraintPool");
     makePool(world->cNodePool, s.constraintNodes, kNodesOfConstraint * world->maxConstraints,
              sizeof(KitCListNode), alignof(KitCListNode), "world cNodePool");
     makePool(world->bodyForcePool, s.bodyForces, kFirstForces, sizeof(DynBodyForce),

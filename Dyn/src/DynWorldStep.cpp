@@ -84,6 +84,7 @@ void DynWorldStep(DynWorld* world, KitReal dt) {
         return;
     world->finalSlicedStep = 0;
     ++world->stepCount; // also where nothing is solved: then nothing is integrated
+    world->partitionOutput.nPartitions = 0;
     if (!(dt > 0) || !std::isfinite(dt)) {
         KitWarning(12, "DynWorldStep: the step must be finite and above 0.\n");
         return;

@@ -2,6 +2,7 @@
 
 #include <Kit/KitMessage.h>
 
+#include <algorithm>
 #include <atomic>
 
 namespace {
@@ -17,8 +18,8 @@ void setFrictionRow(DynsInputRowFactors* factors, const DyncConstraintParameters
     const KitReal scale = stuckLastStep(entry, head) ? entry.mStaticFrictionScale : 1;
     factors->phi[row] = 0;
     factors->v0[row] = 0;
-    factors->lower[row] = -entry.mMaxForce * scale;
-    factors->upper[row] = entry.mMaxForce * scale;
+    factors->upper[row] = std::min(entry.mMaxForce * scale, kKitInfinity);
+    factors->lower[row] = -factors->upper[row];
     factors->xepsilon[row] = entry.mLoss * params->h_inv;
     factors->xgamma[row] = 0;
     factors->flags[row] = (factors->flags[row] & ~(kDynsRowPosition | kDynsRowVelocity)) |

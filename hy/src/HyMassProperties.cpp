@@ -48,7 +48,9 @@ HyMassProperties& HyMassProperties::operator+=(const HyMassProperties& other) {
 }
 
 HyMassProperties& HyMassProperties::operator-=(const HyMassProperties& other) {
-    if (!refuse(&other != this, "operator-=", "can't subtract self"))
+    if (&other == this)
+        KitWarning(0, "HyMassProperties::operator-=: can't subtract self.\n");
+    else
         _combineInWorld(other, true, "operator-=");
     return *this;
 }
@@ -60,7 +62,9 @@ void HyMassProperties::addMassProperties(const HyMassProperties& other,
 
 void HyMassProperties::subtractMassProperties(const HyMassProperties& other,
                                               const HyTransform& relativeTM) {
-    if (!refuse(&other != this, "subtractMassProperties", "can't subtract self"))
+    if (&other == this)
+        KitWarning(0, "HyMassProperties::subtractMassProperties: can't subtract self.\n");
+    else
         _combineInertiaTensors(other, true, &relativeTM, "subtractMassProperties");
 }
 

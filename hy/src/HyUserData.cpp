@@ -15,7 +15,7 @@ T parse(const std::string& text) {
     std::istringstream stream(text);
     stream.imbue(std::locale::classic());
     T value{};
-    return stream >> value ? value : T{};
+    return (stream >> value) ? value : T{};
 }
 
 /// The values as a stream shows them, separated by blanks.

@@ -146,10 +146,9 @@ TEST(HyArrayTest, AgreesWithAVector) {
 TEST(HyArrayTest, AssignmentKeepsStorageThatIsLargeEnough) {
     HyArray<int> source = {1, 2, 3}, target(8, 0);
     const CountingAllocator allocator;
-    target = source;
     target.clear();
-    target = *&target; // itself
     target = source;
+    target = *&target; // itself
     EXPECT_EQ(allocator.calls, 0);
     EXPECT_EQ(target, source);
 }

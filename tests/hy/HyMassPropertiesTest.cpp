@@ -1,4 +1,5 @@
 #include <Hy/HyMassProperties.h>
+#include <Hy/HyPart.h>
 #include <Hy/HyQuaternion.h>
 #include <Kit/KitMessage.h>
 
@@ -251,7 +252,24 @@ TEST_F(HyMassPropertiesTest, FollowsItsReferenceFrame) {
     other.copy(value);
     EXPECT_TRUE(other.getHasIdentityReferenceFrame());
     EXPECT_EQ(other.getCOMPositionAbsolute(), value.getCOMPositionLocal());
+
+    const HyReal tensor[3][3] = {{1, 0.5, 0}, {0.5, 2, 0}, {0, 0, 3}};
+    value.setInertiaTensorLocal(tensor);
     value.scaleInertiaTensor(2);
+    KitMatrix3 scaled;
+    value.getInertiaTensorLocal(scaled);
+    EXPECT_EQ(toEigen(scaled), 2 * toEigen(tensor));
+}
+
+TEST_F(HyMassPropertiesTest, APartGivesItsTransform) {
+    HyPart part;
+    const HyMassProperties value(&part);
+    EXPECT_FALSE(value.getHasIdentityReferenceFrame());
+    part.setPosition(HyVector3(1, 2, 3));
+    EXPECT_EQ(value.getCOMPositionAbsolute(), HyVector3(1, 2, 3));
+    EXPECT_EQ(&value.getReferenceFrame(), part.getTransformPtr());
+    const HyPart* none = nullptr;
+    EXPECT_TRUE(HyMassProperties(none).getHasIdentityReferenceFrame());
 }
 
 TEST_F(HyMassPropertiesTest, OrthogonalTensorIsDiagonalInItsFrame) {

@@ -25,13 +25,16 @@ TEST(KitPoolTest, DoublesFromTheNewestBlockAndKeepsOnlyThatOnReset) {
     KitPool pool;
     KitPoolInit(&pool, 1, 24, 16);
     const int capacities[] = {1, 2, 2, 4, 4, 4, 4, 8};
+    void* element = nullptr;
     for (const int capacity : capacities) {
-        EXPECT_NE(KitPoolGetStruct(&pool), nullptr);
+        element = KitPoolGetStruct(&pool);
+        EXPECT_NE(element, nullptr);
         EXPECT_EQ(pool.currElementCount, capacity);
     }
     EXPECT_EQ(countBlocks(pool), 4);
     EXPECT_EQ(KitPoolGetUsed(&pool), 8);
 
+    KitPoolPutStruct(&pool, element); // what was returned is forgotten by the reset
     KitPoolReset(&pool);
     EXPECT_EQ(countBlocks(pool), 1);
     EXPECT_EQ(KitPoolGetUsed(&pool), 0);

@@ -11,6 +11,7 @@ struct DynBody;
 struct DynWorld;
 struct DyncConstraintParameters;
 struct KitCListNode;
+struct KitPool;
 namespace Hy {
 class HyConstraint;
 }
@@ -83,11 +84,15 @@ struct DynConstraintHeader {
     int iNumLimits;
     DyncLimit* limits;    ///< the coordinates, inside the record; null if there are none
     std::uint64_t serial; ///< order of creation, never repeated in a process
+    KitPool* pool;        ///< that it was made in, null for none
     KitBool needKinematicUpdate;
     int kinematicUpdateIndex; ///< place in the world's list, -1 if none
     void (*updateKinematicFunction)(DynBaseConstraint* constraint, KitReal h);
+    /// Puts a body, or none, into a slot; for the body that is there, binds it anew.
     void (*setBodyFunc)(DynBaseConstraint* constraint, int slot, DynBody* body);
+    /// The part of setBodyFunc that points the slot at what its body holds.
     void (*set1BodyFunc)(DynBaseConstraint* constraint, int slot, DynBody* body);
+    /// Sets the attachment axes of a slot, world axes.
     void (*setAxisFunc)(DynBaseConstraint* constraint, int slot, const KitVector3 primary,
                         const KitVector3 secondary);
     Hy::HyConstraint* mConstraint;                    ///< back link to the high layer, may be null

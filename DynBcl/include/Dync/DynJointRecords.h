@@ -88,3 +88,10 @@ struct DynGenericConstraint : DynBaseConstraint {
     RowsFn rowsFunction = nullptr;
     void* data = nullptr; ///< the object of the application, not owned
 };
+
+/// Rows from a builder of the application, which may drive the coordinates: positions along the
+/// three axes of frame 0, then rotations about them.
+struct DynUserConstraint : DynBaseConstraint {
+    DyncLimit limit[6];
+    void* data = nullptr; ///< of the application, not owned
+};

@@ -1,0 +1,7 @@
+#include <Dyn/DynUniversal.h>
+
+#include <Dync/DyncJointTags.h>
+
+DynUniversal* DynUniversalCreateInPool(KitPool* pool) {
+    return static_cast<DynUniversal*>(DynConstraintCreateInPool(pool, kDynTagUniversal));
+}

@@ -1,0 +1,64 @@
+#include <Hy/Find.h>
+#include <Hy/HyFrame.h>
+#include <Hy/HyPart.h>
+#include <Hy/HyUniverse.h>
+
+#include "MessageCapture.h"
+
+#include <gtest/gtest.h>
+
+namespace Hy {
+namespace {
+
+TEST(FindTest, FindsTheOldestPartOfTheFirstUniverseThatHasTheName) {
+    HyFrame::release();
+    EXPECT_EQ(Find::part("arm"), nullptr); // and makes no frame
+    EXPECT_EQ(HyFrame::currentInstance(), nullptr);
+
+    HyFrame* frame = HyFrame::instance();
+    HyUniverse& first = frame->getUniverse();
+    auto* second = new HyUniverse(10, 10, nullptr);
+    frame->addUniverse(second);
+    HyBase::resetHyBaseCounter();
+    HyPart *oldest = new HyPart, *older = new HyPart, *younger = new HyPart;
+    oldest->setName("arm");
+    older->setName("arm");
+    younger->setName("arm");
+    second->addPart(oldest);
+    first.addPart(younger);
+    first.addPart(older);
+    auto* unnamed = new HyPart;
+    second->addPart(unnamed);
+
+    EXPECT_EQ(Find::part("arm"), older);
+    EXPECT_EQ(Find::part("arm", second), oldest);
+    EXPECT_EQ(Find::part("Arm"), nullptr);
+    EXPECT_EQ(Find::part("default_HyPart_" + std::to_string(unnamed->getCreationIndex())), unnamed);
+
+    MessageCapture messages;
+    EXPECT_EQ(Find::part("arm", nullptr), nullptr);
+    EXPECT_EQ(messages.take(), "HyWarning{0}: Find::part: universe must not be null.\n");
+    HyFrame::release();
+}
+
+// The frame knows an object from its beginning until its subscribers have been told of its end.
+TEST(FrameRegistrationTest, FollowsTheLifeOfObjects) {
+    HyFrame* frame = HyFrame::instance();
+    frame->setEnableMemoryTracking(true);
+    struct Watch : HyBase::Subscriber {
+        void notify(int, HyBase* object) override {
+            isValid = HyFrame::currentInstance()->isHyBaseValid(object);
+        }
+        bool isValid = false;
+    } watch;
+    auto* object = new HyBase;
+    EXPECT_TRUE(frame->isHyBaseValid(object));
+    object->addSubscriber(&watch);
+    delete object;
+    EXPECT_TRUE(watch.isValid);
+    EXPECT_FALSE(frame->isHyBaseValid(object));
+    HyFrame::release();
+}
+
+} // namespace
+} // namespace Hy
