@@ -32,6 +32,9 @@ DynBody* takeBody() {
 }
 
 void returnBody(DynBody* body) {
+    body->mPart = nullptr;
+    if (body->world) // which holds on to it in the middle of a step: it stays there, asleep
+        return;
     DynBodyDestroy(body);
     if (--sPartCount == 0)
         KitPoolTerm(&sBodyPool);
