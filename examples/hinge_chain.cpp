@@ -15,6 +15,7 @@ namespace {
 constexpr int kLinks = 20;
 constexpr double kLength = 0.25, kMass = 1.5; // m, kg
 constexpr double kStop = 0.35;                // rad, each way
+constexpr double kFriction = 2;               // N m in each hinge
 
 /// Distance between the two sides of a hinge, m.
 double gap(const Hy::HyHinge& hinge) {
@@ -25,7 +26,10 @@ double gap(const Hy::HyHinge& hinge) {
 
 int main(int argc, char** argv) {
     Hy::HyFrame* frame = Hy::HyFrame::instance();
+    constexpr int kStepsPerSecond = 240;
+    frame->setTimeStep(1.0 / kStepsPerSecond);
     Hy::HyUniverse& universe = frame->getUniverse();
+    universe.setCriticalConstraintParameters(0, 1); // half of a gap is closed in each step
     std::vector<Hy::HyHinge*> hinges;
     Hy::HyPart* previous = nullptr;
     for (int i = 0; i < kLinks; ++i) {
@@ -43,6 +47,9 @@ int main(int argc, char** argv) {
         if (i > 0) {
             hinge->setLimitPositions(0, -kStop, kStop);
             hinge->setLimitsActive(0, true);
+            Hy::HyConstraintFriction* friction = hinge->getCoordinateFriction(0);
+            friction->setMaxForce(kFriction);
+            friction->setEnabled(true);
         }
         hinges.push_back(hinge);
         previous = link;
@@ -57,8 +64,8 @@ int main(int argc, char** argv) {
     std::printf(" t (s)  base angle (rad)  motor (N m)  base force (N)  hinges at a stop  "
                 "beyond a stop (rad)  widest gap (m)\n");
     double widest = 0, beyond = 0;
-    for (int n = 1; n <= 1200; ++n) {
-        if (n == 600)
+    for (int n = 1; n <= 20 * kStepsPerSecond; ++n) {
+        if (n == 10 * kStepsPerSecond)
             base.setMotorDesiredVelocity(0, 0.5); // and down again
         frame->step();
         int atStop = 0;
@@ -73,10 +80,12 @@ int main(int argc, char** argv) {
         const HyVector3 tip = previous->getPosition();
         const double torque = base.getCoordinateForce(0), force = base.getPartForce(0).norm();
         if (plot != nullptr)
-            std::fprintf(plot, "%.4f,%.3f,%.3f,%.5f,%.5f,%.3e\n", n / 60.0, torque, force, tip[0],
-                         tip[2], widest);
-        if (n % 120 == 0)
-            std::printf("%6.1f  %16.3f  %11.1f  %14.1f  %16d  %19.1e  %14.1e\n", n / 60.0,
+            std::fprintf(plot, "%.4f,%.3f,%.3f,%.5f,%.5f,%.3e\n",
+                         static_cast<double>(n) / kStepsPerSecond, torque, force, tip[0], tip[2],
+                         widest);
+        if (n % (2 * kStepsPerSecond) == 0)
+            std::printf("%6.1f  %16.3f  %11.1f  %14.1f  %16d  %19.1e  %14.1e\n",
+                        static_cast<double>(n) / kStepsPerSecond,
                         base.getCoordinateCurrentPosition(0), torque, force, atStop, beyond,
                         widest);
     }
