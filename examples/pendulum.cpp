@@ -44,6 +44,7 @@ Swing swing(double amplitude, int stepsPerSecond, std::FILE* plot) {
     universe.addConstraint(hinge);
     hinge->enable(true);
     hinge->setCoordinateCurrentPosition(0, amplitude);
+    hinge->setForceCalculateCoordinatePosition(0, true); // keeps count beyond half a turn
 
     const double start = rod->getKineticEnergy() + kMass * kGravity * rod->getPosition()[2];
     const double bottom = start + kMass * kGravity * kLength / 2; // energy above the lowest point
