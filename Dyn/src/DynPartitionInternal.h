@@ -39,9 +39,9 @@ struct DynPartitionFill {
     const DynPartitionParameters* parameters;
     DynBodyIDQueue* queue;
     int partition;
-    int initialGroup; ///< user group of the starting body
-    int maxDepth;     ///< hops that it may reach into other groups
-    int maxBodies;    ///< no more bodies vote for it from this size on, if above 0
+    int initialGroupIndex; ///< user group of the starting body
+    int maxDepth;          ///< hops that it may reach into other groups
+    int maxBodies;         ///< no more bodies vote for it from this size on, if above 0
 };
 
 /// Raises the capacities to at least these, at least doubling one that is too small.

@@ -115,7 +115,7 @@ Vote vote(const DynPartitionFill& fill, const DynBody* root, const DynBaseConstr
         counted = true;
         if (fill.maxBodies > 0 && fill.output->bodiesSize[fill.partition] >= fill.maxBodies)
             continue;
-        if (body->kiroBody.user_group == fill.initialGroup) {
+        if (body->kiroBody.user_group == fill.initialGroupIndex) {
             result = {true, 0};
             depth = 0;
             break;

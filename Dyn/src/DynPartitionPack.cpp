@@ -31,6 +31,9 @@ void loadBody(DynBody* body, KitReal stepSize, const KitVector4 gravity) {
     else
         solver.flags &= ~kDynsBodyHasConstraints;
     ++body->enabledTime;
+    // Without integration the last step's constraint loads are still there, and would act as foreign.
+    std::fill_n(solver.cf, 4, 0.0);
+    std::fill_n(solver.ct, 4, 0.0);
     for (int i = 0; i < 3; ++i)
         solver.force[i] += body->mass * gravity[i];
     consumeImpulses(body, stepSize);

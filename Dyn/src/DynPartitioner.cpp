@@ -12,35 +12,30 @@ DynPartitionScratch& scratchOf(DynPartitionOutput* output) {
     return *static_cast<DynPartitionScratch*>(output->scratch1);
 }
 
-void appendStart(DynPartitionOutput* output, DynBody* body) {
-    if (output->n_sorted_bodies >= output->maxBodies)
-        DynPartitionOutputReserve(output, output->n_sorted_bodies + 1, 0);
-    output->sorted_bodies[output->n_sorted_bodies++] = body;
-}
-
 void clearCounts(DynPartitionOutput* output) {
     output->nPartitions = output->totalBodies = output->totalConstraints = 0;
     output->nsconstraints = output->nab = output->nac = output->n_sorted_bodies = 0;
 }
 
-// Sorts the work list from a place on by user group, if these count, then by creation: the result of
-// a step must not depend on the order in which the bodies were enabled.
-void sortStarts(DynPartitionOutput* output, int from, bool byGroup) {
+// The order of work: by user group, if these count, then by creation. The result of a step must not
+// depend on the order in which the bodies were enabled.
+DynPartitionStart startOf(DynBody* body, const DynPartitionParameters* parameters) {
+    const bool byGroup = parameters->auto_grouping == kDynPartitionUserGrouping;
+    return {byGroup ? body->kiroBody.user_group : 0, body->serial, body};
+}
+
+// Sorts the gathered starts into the work list from a place on.
+void writeStarts(DynPartitionOutput* output, int from) {
     DynPartitionScratch& scratch = scratchOf(output);
-    const int n = output->n_sorted_bodies - from;
-    if (n < 2)
-        return;
-    scratch.starts.resize(n);
-    for (int i = 0; i < n; ++i) {
-        DynBody* body = output->sorted_bodies[from + i];
-        scratch.starts[i] = {byGroup ? body->kiroBody.user_group : 0, body->serial, body};
-    }
     DynMergeSort(scratch.starts, scratch.mergedStarts, scratch.runs,
                  [](const DynPartitionStart& a, const DynPartitionStart& b) {
                      return a.group != b.group ? a.group < b.group : a.serial < b.serial;
                  });
-    for (int i = 0; i < n; ++i)
-        output->sorted_bodies[from + i] = scratch.starts[i].body;
+    output->n_sorted_bodies = from + scratch.starts.size();
+    if (output->n_sorted_bodies > output->maxBodies)
+        DynPartitionOutputReserve(output, output->n_sorted_bodies, 0);
+    for (const DynPartitionStart& start : scratch.starts)
+        output->sorted_bodies[from++] = start.body;
 }
 
 void DynPartitionOutputInitialize(DynBody* enabledBodyList, DynPartitionOutput* output,
@@ -48,12 +43,23 @@ void DynPartitionOutputInitialize(DynBody* enabledBodyList, DynPartitionOutput* 
     clearCounts(output);
     if (output->world)
         DynPartitionOutputReserve(output, output->world->nBodies, output->world->nConstraints);
+    DynBuffer<DynPartitionStart>& starts = scratchOf(output).starts;
+    starts.clear();
     for (DynBody* body = enabledBodyList; body; body = body->enabledNext)
         if (body->rootParent == body) {
             body->processedByPartitioner = true;
-            appendStart(output, body);
+            starts.push_back(startOf(body, parameters));
         }
-    sortStarts(output, 0, parameters->auto_grouping == kDynPartitionUserGrouping);
+    writeStarts(output, 0);
+}
+
+// Sorts what the last pass has appended.
+void sortAppended(DynPartitionOutput* output, int from, const DynPartitionParameters* parameters) {
+    DynBuffer<DynPartitionStart>& starts = scratchOf(output).starts;
+    starts.clear();
+    for (int i = from; i < output->n_sorted_bodies; ++i)
+        starts.push_back(startOf(output->sorted_bodies[i], parameters));
+    writeStarts(output, from);
 }
 
 bool isInside(const DynBaseConstraint& c, int partition) {
@@ -99,7 +105,7 @@ void makePartition(DynBody* start, DynPartitionOutput* output,
         .parameters = parameters,
         .queue = &scratchOf(output).queue,
         .partition = partition,
-        .initialGroup = start->kiroBody.user_group,
+        .initialGroupIndex = start->kiroBody.user_group,
         .maxDepth = ownDepth ? group->cross_grouping_depth : parameters->cross_grouping_max_depth,
         .maxBodies = group ? group->max_partition_bodies : -1,
     };
@@ -107,6 +113,21 @@ void makePartition(DynBody* start, DynPartitionOutput* output,
     DynPartitionFillFrom(fill, start);
     promote(output, partition, firstSecondary);
     closePartition(output, partition, parameters->end_callback);
+}
+
+bool canStart(const DynBody* body) {
+    return body->node_data.color == kDynGraphNodeWhite && body->stateFlags == 0 &&
+           DynBodyIsEnabled(body);
+}
+
+// A body without constraints is met once only, so that what the walk noted on it can go while it is
+// in the cache.
+void forgetLoneBody(DynPartitionOutput* output, int start) {
+    DynBody* body = output->sorted_bodies[start];
+    output->sorted_bodies[start] = nullptr;
+    --output->nab;
+    body->node_data = {};
+    body->processedByPartitioner = false;
 }
 
 // White bodies and unseen constraints for the next step.
@@ -120,7 +141,8 @@ void cleanUp(DynPartitionOutput* output) {
     for (int i = 0; i < output->nab; ++i)
         output->addedBodies[i]->node_data = {};
     for (int i = 0; i < output->n_sorted_bodies; ++i)
-        output->sorted_bodies[i]->processedByPartitioner = false;
+        if (output->sorted_bodies[i])
+            output->sorted_bodies[i]->processedByPartitioner = false;
 }
 
 } // namespace
@@ -138,16 +160,18 @@ void DynPartitionUpdate(DynBody* enabledBodyList, DynPartitionOutput* output,
 void DynPartitionerExp(DynBody* enabledBodyList, DynPartitionOutput* output,
                        const DynPartitionParameters* parameters) {
     DynPartitionOutputInitialize(enabledBodyList, output, parameters);
-    const bool byGroup = parameters->auto_grouping == kDynPartitionUserGrouping;
     for (int from = 0, end = output->n_sorted_bodies; from < end;
          from = end, end = output->n_sorted_bodies) {
-        if (from > 0) // what the last pass has appended
-            sortStarts(output, from, byGroup);
+        if (from > 0)
+            sortAppended(output, from, parameters);
         for (int i = from; i < end; ++i) {
             DynBody* start = output->sorted_bodies[i];
-            if (start->node_data.color == kDynGraphNodeWhite && start->stateFlags == 0 &&
-                DynBodyIsEnabled(start))
-                makePartition(start, output, parameters);
+            if (!canStart(start))
+                continue;
+            const bool lone = !start->constraintList;
+            makePartition(start, output, parameters);
+            if (lone)
+                forgetLoneBody(output, i);
         }
     }
     if (output->nsconstraints > 0)
@@ -159,10 +183,12 @@ void DynMakeSinglePartition(DynBody* enabledBodyList, DynPartitionOutput* output
                             DynPartitionEndCB endCallback) {
     clearCounts(output);
     const int p = DynPartitionOpen(output);
+    DynBuffer<DynPartitionStart>& starts = scratchOf(output).starts;
+    starts.clear();
     for (DynBody* body = enabledBodyList; body; body = body->enabledNext)
         if (body->rootParent == body)
-            appendStart(output, body);
-    sortStarts(output, 0, false);
+            starts.push_back({0, body->serial, body});
+    writeStarts(output, 0);
     for (int i = 0; i < output->n_sorted_bodies; ++i) {
         DynBody* body = output->sorted_bodies[i];
         body->partitionIndex = body->kiroBody.partition_index = p;

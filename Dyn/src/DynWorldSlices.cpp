@@ -107,12 +107,12 @@ bool chooseOnePass(const DynWorld* world) {
 // them are small.
 int batchSize(const DynWorld* world, int start) {
     const int n = world->partitionOutput.nPartitions;
-    const int frames = std::min(n, world->maxKiroFrames);
-    const int end = start + std::min(frames, n - start);
+    const int maxFrames = std::min(n, world->maxKiroFrames);
+    const int end = start + std::min(maxFrames, n - start);
     for (int i = start; i < end; ++i)
         if (rowsOf(world, i) <= sDynWorldOnePassPartitionSizeTreshold)
             return sDynWorldOnePassPartitionCountTreshold;
-    return frames;
+    return maxFrames;
 }
 
 } // namespace

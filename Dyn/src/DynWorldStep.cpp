@@ -5,7 +5,6 @@
 #include <Dyn/DynPartition.h>
 #include <Kit/KitMessage.h>
 
-#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -40,15 +39,6 @@ void resetConstraints(DynWorld* world) {
     }
 }
 
-// Without integration the last step's constraint loads would still be there, and act as foreign ones.
-void resetConstraintLoads(DynWorld* world) {
-    for (DynBody* body = world->enabledBodyHead; body; body = body->enabledNext) {
-        std::fill_n(body->kiroBody.cf, 4, 0.0);
-        std::fill_n(body->kiroBody.ct, 4, 0.0);
-        body->impulseConsumed = false;
-    }
-}
-
 void sumRows(DynPartitionOutput& output) {
     for (int p = 0; p < output.nPartitions; ++p) {
         int rows = 0;
@@ -62,7 +52,6 @@ void solveStep(DynWorld* world) {
     DynWorldUpdateConstraintParameters(world);
     resizeIfNeeded(world);
     resetConstraints(world);
-    resetConstraintLoads(world);
     DynPartitionUpdate(world->enabledBodyHead, &world->partitionOutput,
                        &world->partition_parameters);
     DynBodyForceUpdateEnabled(world);
@@ -84,6 +73,7 @@ void DynWorldStep(DynWorld* world, KitReal dt) {
         return;
     world->finalSlicedStep = 0;
     ++world->stepCount; // also where nothing is solved: then nothing is integrated
+    world->partitionOutput.nPartitions = 0;
     if (!(dt > 0) || !std::isfinite(dt)) {
         KitWarning(12, "DynWorldStep: the step must be finite and above 0.\n");
         return;

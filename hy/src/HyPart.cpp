@@ -32,6 +32,9 @@ DynBody* takeBody() {
 }
 
 void returnBody(DynBody* body) {
+    body->mPart = nullptr;
+    if (body->world) // which holds on to it in the middle of a step: it stays there, asleep
+        return;
     DynBodyDestroy(body);
     if (--sPartCount == 0)
         KitPoolTerm(&sBodyPool);
@@ -176,7 +179,7 @@ void HyPart::setSolverGroup(int group) {
     DynBodySetUserGroup(mDynBodyID, group);
     mSolverGroup = group;
     if (mUniverse)
-        DynGroupingGet(mUniverse->getDynWorld(), group);
+        mUniverse->getSolverParameters(group);
 }
 
 int HyPart::getLastPartitionIndex() const {
@@ -204,7 +207,7 @@ void HyPart::enterUniverse(HyUniverse& universe) {
     universe.insertDynBody(mDynBodyID);
     wakeDynamics(true);
     setEnabledSteps(0);
-    DynGroupingGet(universe.getDynWorld(), mSolverGroup);
+    universe.getSolverParameters(mSolverGroup);
     if (mControlTypeDirty)
         universe.partNeedsPreStep(this);
 }

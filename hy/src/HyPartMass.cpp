@@ -18,18 +18,34 @@ bool isFit(const HyMassProperties& properties) {
 
 } // namespace
 
-// Every change of the mass properties runs here; the body follows.
+// Every change of the mass properties runs here.
 template <class Change>
 void HyPart::changeMassProperties(Change change) {
     change(mMassProperties);
+    _postMassPropertiesChange();
+}
+
+void HyPart::_postMassPropertiesChange() {
     _applyMassProperties(mMassProperties);
 }
 
 void HyPart::_applyMassProperties(const HyMassProperties& properties) {
     if (isFit(properties)) { // a part that is not dynamic may be without
-        DynBodySetMass(mDynBodyID, properties.getMass());
-        DynBodySetInertiaTensor(mDynBodyID, properties.getInertiaTensorLocal());
+        _applyMass(properties);
+        _applyInertia(properties);
     }
+    _applyCOMRelativeTM(properties);
+}
+
+void HyPart::_applyMass(const HyMassProperties& properties) {
+    DynBodySetMass(mDynBodyID, properties.getMass());
+}
+
+void HyPart::_applyInertia(const HyMassProperties& properties) {
+    DynBodySetInertiaTensor(mDynBodyID, properties.getInertiaTensorLocal());
+}
+
+void HyPart::_applyCOMRelativeTM(const HyMassProperties& properties) {
     DynBodySetCenterOfMassRelativeTransform(mDynBodyID, properties.getCOMTransformLocal().m);
 }
 

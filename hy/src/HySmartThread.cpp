@@ -1,7 +1,6 @@
 #include <Hy/HySmartThread.h>
 #include <Kit/KitMessage.h>
 
-#include <cxxabi.h>
 #include <exception>
 
 namespace Hy {
@@ -110,11 +109,11 @@ bool HySmartThread::enterStep() {
 bool HySmartThread::guardedStep() {
     try {
         return runStep();
-    } catch (const abi::__forced_unwind&) {
-        throw; // the thread is being ended
     } catch (const std::exception& exception) {
         KitWarning(0, "HySmartThread exception thrown in thread: %s\n", exception.what());
     } catch (...) {
+        if (!std::current_exception())
+            throw; // no exception: the thread is being ended
         KitWarning(0, "HySmartThread unknown exception thrown in thread\n");
     }
     return false;

@@ -220,7 +220,7 @@ TEST_F(DynWorldContentsTest, BadSettingsAreRefused) {
     EXPECT_EQ(DynWorldLCPGetTolerance(t.world), 0.001);
     EXPECT_EQ(DynWorldGetLinearSolver(t.world), kDynBVBRRTCholeskySolver);
     EXPECT_EQ(DynWorldGetIntegrationModel(t.world), kDynStableStepper);
-    EXPECT_EQ(DynWorldGetConstraintSolver(t.world), 1U); // as TestWorld chose
+    EXPECT_EQ(DynWorldGetConstraintSolver(t.world), 0U);
     EXPECT_EQ(DynWorldGetPartitionerSecondaryMaxSize(t.world), 10);
     EXPECT_EQ(DynWorldGetPartitionGroupingMode(t.world), kDynPartitionUserGrouping);
     EXPECT_EQ(DynWorldGetDynWorldOnePassPartitionSizeRatio(), 128);

@@ -188,6 +188,26 @@ TEST_F(DynWorldStepTest, ProportionalFrictionFollowsTheLoadAcrossTheAxis) {
     EXPECT_EQ(c.bclH.hasProportionalFriction, 0);
 }
 
+// A force F at the arm r turns with the body against it like a spring: (F.r) 1 - r F^T.
+TEST_F(DynWorldStepTest, JointForcesStiffenBodiesOfGroupsThatWantIt) {
+    setGravity(10);
+    DynBody *plain = t.addBody(0), *stiff = t.addBody(1), *coupled = t.addBody(2);
+    DynBody* wall = t.addKinematic();
+    DynGroupingGet(t.world, 1)->k_params.geometric_stiffness = 1;
+    for (DynBody* body : {plain, stiff})
+        t.join({wall, body}).bclH.ref[1][3][2] = 0.5;
+    t.join({stiff, coupled}).bclH.ref[0][3][0] = 1;
+    t.step();
+    const KitReal weight = t.constraints[1].resultForce[1][2];
+    const KitVector4& pull = t.constraints[2].resultForce[0];
+    ASSERT_GT(weight, 1);
+    EXPECT_NEAR(stiff->kiroBody.geometricStiffness[0][0], 0.5 * weight, 1e-9);
+    EXPECT_NEAR(stiff->kiroBody.geometricStiffness[1][1], 0.5 * weight + pull[0], 1e-9);
+    EXPECT_NEAR(stiff->kiroBody.geometricStiffness[2][0], -0.5 * pull[2], 1e-9);
+    for (const DynBody* body : {plain, coupled})
+        EXPECT_EQ(body->kiroBody.geometricStiffness[0][0], 0);
+}
+
 TEST_F(DynWorldStepTest, RestingBodySleepsAfterItsWindow) {
     DynBody* body = t.addBody();
     for (int i = 0; i < 10; ++i)

@@ -15,7 +15,7 @@
 /// A world with bodies at the origin and hand-made constraints.
 class TestWorld {
 public:
-    TestWorld() : world(DynWorldCreate(1, 1)) { DynWorldSetConstraintSolver(world, 1); }
+    TestWorld() : world(DynWorldCreate(1, 1)) {}
     TestWorld(const TestWorld&) = delete;
     TestWorld& operator=(const TestWorld&) = delete;
     ~TestWorld() { DynWorldDestroy(world); }

@@ -198,6 +198,9 @@ TEST_F(FreeFlightTest, PartsAtRestFallAsleepAndWakeUp) {
     universe->setAutoSleep(false);
     step(3 * kAliveWindow);
     EXPECT_TRUE(part.isDynamicsAwake());
+    universe->destroyParts();
+    step(1);
+    EXPECT_EQ(universe->getLastPartitionCount(), 0) << "nothing was solved";
 }
 
 // A part that wakes in the middle of a step has no load of this step to be given back.

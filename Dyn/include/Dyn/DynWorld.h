@@ -108,27 +108,43 @@ struct DynWorld {
     struct DynWorldScratch* scratch; ///< buffers that live from step to step
 };
 
+// No world argument may be null, but where a function says or destroys. What must not be called from
+// within a step (destroying, removing, stepping) warns and does nothing.
+
+/// A world with room for so many bodies and constraints, each at least 1; it grows by itself.
 [[nodiscard]] HY_API DynWorld* DynWorldCreate(int maxBodies, int maxConstraints);
+/// Lets the bodies and the enabled constraints go, destroys the forces, and frees the pools with all
+/// records that were drawn from them.
 HY_API void DynWorldDestroy(DynWorld* world);
+/// Gravity and all parameters back to their defaults; the contents stay.
 HY_API void DynWorldReset(DynWorld* world);
+/// Raises the capacities to at least these.
 HY_API void DynWorldResize(DynWorld* world, int maxBodies, int maxConstraints);
 HY_API void DynWorldSetHost(DynWorld* world, const DynWorldHost& host);
+/// Takes in a body that is in no world; one that is enabled and dynamic is stepped from now on.
 HY_API void DynWorldInsertBody(DynWorld* world, DynBody* body);
 HY_API void DynWorldRemoveBody(DynWorld* world, DynBody* body);
+/// Takes in a constraint that is in no world; it acts once it is enabled.
 HY_API void DynWorldInsertConstraint(DynWorld* world, DynBaseConstraint* constraint);
+/// The constraint must be disabled.
 HY_API void DynWorldRemoveConstraint(DynWorld* world, DynBaseConstraint* constraint);
 HY_API void DynWorldAddKinematicConstraint(DynWorld* world, DynBaseConstraint* constraint);
 HY_API void DynWorldRemoveKinematicConstraint(DynWorld* world, DynBaseConstraint* constraint);
 /// Moves the kinematic constraints by dt, which may be negative.
 HY_API void DynWorldUpdateKinematicConstraint(DynWorld* world, KitReal dt);
-/// Calls fn for each enabled constraint; fn may disable it.
+/// Calls fn for each enabled constraint in the order of creation. fn may disable and destroy any:
+/// the removed are skipped, the added are not visited.
 HY_API void DynWorldForAllConstraints(DynWorld* world, void (*fn)(DynBaseConstraint*, void*),
                                       void* data);
-/// Solves a step of dt seconds, above 0: accelerations and constraint forces; moves nothing.
+/// Solves a step of dt seconds, above 0: accelerations and constraint forces; moves nothing. A null
+/// world is ignored.
 HY_API void DynWorldStep(DynWorld* world, KitReal dt);
+/// Solves a step of the stored time step.
 HY_API void DynWorldStepOne(DynWorld* world);
-/// Moves the bodies that the last DynWorldStep solved by its step, and resets their loads.
+/// Moves the bodies that the last DynWorldStep solved by its step, and resets the loads of all
+/// enabled ones. After an aborted step it only resets the loads.
 HY_API void DynWorldIntegrate(DynWorld* world);
+/// Also wakes every dynamic body.
 HY_API void DynWorldSetGravity(DynWorld* world, const KitVector3 gravity);
 HY_API void DynWorldGetGravity(const DynWorld* world, KitVector3 gravity);
 HY_API void DynWorldSetTimeStep(DynWorld* world, KitReal dt);

@@ -1,5 +1,6 @@
 #pragma once
 // The high layer, for applications.
+#include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyFrameLock.h>
 #include <Hy/HyFrameStepperOption.h>
@@ -8,6 +9,7 @@
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
 #include <Hy/HyPointer.h>
+#include <Hy/HySolverParameters.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
 #include <Hy/HyTransform.h>

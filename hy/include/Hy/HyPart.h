@@ -289,7 +289,11 @@ private:
     void changeMassProperties(Change change);
     bool takeMassProperties(const HyMassProperties& properties, const char* operation);
     void giveDefaultMass();
+    void _postMassPropertiesChange();
     void _applyMassProperties(const HyMassProperties& properties);
+    void _applyMass(const HyMassProperties& properties);
+    void _applyInertia(const HyMassProperties& properties);
+    void _applyCOMRelativeTM(const HyMassProperties& properties);
     void applyFastSpinAxis();
 
     HyTransform mPrevTransform;
