@@ -182,7 +182,7 @@ void HyPart::setSolverGroup(int group) {
     DynBodySetUserGroup(mDynBodyID, group);
     mSolverGroup = group;
     if (mUniverse)
-        DynGroupingGet(mUniverse->getDynWorld(), group);
+        mUniverse->getSolverParameters(group);
 }
 
 int HyPart::getLastPartitionIndex() const {
@@ -237,7 +237,7 @@ void HyPart::enterUniverse(HyUniverse& universe) {
     universe.insertDynBody(mDynBodyID);
     wakeDynamics(true);
     setEnabledSteps(0);
-    DynGroupingGet(universe.getDynWorld(), mSolverGroup);
+    universe.getSolverParameters(mSolverGroup);
     if (mControlTypeDirty)
         universe.partNeedsPreStep(this);
 }

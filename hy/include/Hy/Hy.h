@@ -11,6 +11,7 @@
 #include <Hy/HyConstraintAttachment.h>
 #include <Hy/HyConstraintController.h>
 #include <Hy/HyConstraintFriction.h>
+#include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyCylindrical.h>
 #include <Hy/HyDistanceJoint.h>
@@ -32,6 +33,7 @@
 #include <Hy/HyPartState.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HyPrismatic.h>
+#include <Hy/HySolverParameters.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
 #include <Hy/HyTransform.h>

@@ -15,6 +15,7 @@ namespace Hy {
 class HyConstraint;
 class HyMaterialTable;
 class HyPart;
+class HySolverParameters;
 class HyUniverseObserver;
 struct HySavedCoordinates;
 class HyUniverseState;
@@ -159,8 +160,32 @@ public:
     /// the groups.
     void setPartitionerCrossGroupingDepth(int depth);
     [[nodiscard]] int getPartitionerCrossGroupingDepth() const;
+
+    // Settings by solver group.
+
+    /// Settings of a group, created with all below it on demand: a new group starts like group 0.
+    /// The address stays while the universe lives, which owns them.
+    /// @param group negative: null; above 65535: a warning and null
+    HySolverParameters* getSolverParameters(int group);
     /// Number of solver groups that have settings.
     [[nodiscard]] int getSolverParametersCount() const;
+    /// Damping and kinetic losses of a group from its compliances, critical for the frame's time step.
+    /// @param half_life steps in which an error falls, finite and not negative; otherwise a warning,
+    ///   nothing changes
+    void setCriticalConstraintParameters(int group, HyReal half_life);
+    /// Damping that setCriticalConstraintParameters() gives a row of this stiffness: N s/m for N/m,
+    /// N m s/rad for N m/rad.
+    /// @param stiffness above 0; DBL_MAX is rigid. Otherwise a warning, and 0
+    [[nodiscard]] HyReal getCriticalDamping(HyReal stiffness, HyReal half_life) const;
+    /// The kinetic loss likewise, m/(N s) or rad/(N m s).
+    [[nodiscard]] HyReal getCriticalLoss(HyReal stiffness, HyReal half_life) const;
+
+    // How the solver fared since the universe was made.
+
+    /// Solves of an island that gave up or used all their passes.
+    [[nodiscard]] long long getSolverUnconvergedCount() const;
+    /// Those of them that sweeps of the iterative solver finished.
+    [[nodiscard]] long long getSolverFallbackCount() const;
 
     // State.
 
