@@ -1,6 +1,5 @@
 #pragma once
 // The high layer, for applications.
-#include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/ConstraintAccessors.h>
 #include <Hy/Find.h>
 #include <Hy/HyAngular1Position3.h>
@@ -12,6 +11,7 @@
 #include <Hy/HyConstraintAttachment.h>
 #include <Hy/HyConstraintController.h>
 #include <Hy/HyConstraintFriction.h>
+#include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyCylindrical.h>
 #include <Hy/HyDistanceJoint.h>
@@ -32,8 +32,8 @@
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
 #include <Hy/HyPointer.h>
-#include <Hy/HySolverParameters.h>
 #include <Hy/HyPrismatic.h>
+#include <Hy/HySolverParameters.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
 #include <Hy/HyTransform.h>
