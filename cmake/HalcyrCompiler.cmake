@@ -12,9 +12,12 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
+# Hits do not depend on the folder of the checkout.
 find_program(HALCYR_CCACHE ccache)
 if(HALCYR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${HALCYR_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    ${HALCYR_CCACHE} base_dir=${CMAKE_SOURCE_DIR} hash_dir=false
+    sloppiness=pch_defines,time_macros)
 endif()
 
 add_library(halcyr_flags INTERFACE)
