@@ -16,8 +16,8 @@ endif()
 find_program(HALCYR_CCACHE ccache)
 if(HALCYR_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
   set(CMAKE_CXX_COMPILER_LAUNCHER
-    ${HALCYR_CCACHE} base_dir=${CMAKE_SOURCE_DIR} hash_dir=false
-    sloppiness=pch_defines,time_macros)
+    ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1
+    CCACHE_SLOPPINESS=pch_defines,time_macros ${HALCYR_CCACHE})
 endif()
 
 add_library(halcyr_flags INTERFACE)
