@@ -1,6 +1,7 @@
 #include <Dyns/lcp.h>
 
 #include "block_sweeps.h"
+#include "pool_array.h"
 
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/DynsParameters.h>
@@ -75,8 +76,7 @@ int solveWithFrictionBounds(SolveOnce& solve) {
     const int n = c->n_constraint_rows;
     KitMemoryPool* pool = solve.p->memory_pool_handler;
     pool->push();
-    auto* last = static_cast<KitReal*>(
-        pool->create_aligned(static_cast<std::size_t>(n) * sizeof(KitReal), 64, "tmp"));
+    auto* last = takePoolArray<KitReal>(pool, n, "tmp");
     std::copy(c->lambda, c->lambda + n, last);
     KitReal error = 1 + parameters.scaled_box_tolerance;
     int count = 0, k = 0;
