@@ -104,6 +104,7 @@ void DynBodyDestroyInPool(DynBody* body, KitPool* pool) {
         return;
     DynBodyDisable(body);
     DynBodyLeaveConstraints(body);
+    body->mPart = nullptr;
     if (body->world) {
         DynBodyForceForgetBody(body->world, body);
         DynWorldRemoveBody(body->world, body);

@@ -1,4 +1,5 @@
 #include "DynBodyConstraints.h"
+#include "DynEnabledList.h"
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
@@ -9,25 +10,6 @@
 // world stands in the world's enabled list (enabledTome not null).
 
 namespace {
-
-void linkEnabled(DynBody* body) {
-    DynWorld* world = body->world;
-    body->enabledNext = world->enabledBodyHead;
-    body->enabledTome = &world->enabledBodyHead;
-    if (body->enabledNext)
-        body->enabledNext->enabledTome = &body->enabledNext;
-    world->enabledBodyHead = body;
-    ++world->nEnabledBodies;
-}
-
-void unlinkEnabled(DynBody* body) {
-    *body->enabledTome = body->enabledNext;
-    if (body->enabledNext)
-        body->enabledNext->enabledTome = body->enabledTome;
-    body->enabledNext = nullptr;
-    body->enabledTome = nullptr;
-    --body->world->nEnabledBodies;
-}
 
 void setGeometriesStatic(DynBody* body, bool isStatic) {
     if (body->world->host.setGeometriesStatic)
@@ -40,7 +22,7 @@ bool enable(DynBody* body) {
         return false;
     const bool enters = body->world && !body->enabledTome;
     if (enters) {
-        linkEnabled(body);
+        DynEnabledListInsert(body);
         // What it saved before it slept is of another step.
         KitVector3Zero(body->savedForce);
         KitVector3Zero(body->savedTorque);
@@ -53,7 +35,7 @@ bool enable(DynBody* body) {
 bool disable(DynBody* body) {
     const bool leaves = body->world && body->enabledTome;
     if (leaves) {
-        unlinkEnabled(body);
+        DynEnabledListRemove(body);
         DynBodyResetGraphData(body);
     }
     body->partitionIndex = -1;
@@ -73,6 +55,25 @@ bool isFaster(const KitVector4 v, KitReal threshold) {
 }
 
 } // namespace
+
+void DynEnabledListInsert(DynBody* body) {
+    DynWorld* world = body->world;
+    body->enabledNext = world->enabledBodyHead;
+    body->enabledTome = &world->enabledBodyHead;
+    if (body->enabledNext)
+        body->enabledNext->enabledTome = &body->enabledNext;
+    world->enabledBodyHead = body;
+    ++world->nEnabledBodies;
+}
+
+void DynEnabledListRemove(DynBody* body) {
+    *body->enabledTome = body->enabledNext;
+    if (body->enabledNext)
+        body->enabledNext->enabledTome = body->enabledTome;
+    body->enabledNext = nullptr;
+    body->enabledTome = nullptr;
+    --body->world->nEnabledBodies;
+}
 
 void DynBodyEnable(DynBody* body) {
     if (enable(body))

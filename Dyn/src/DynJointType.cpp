@@ -43,12 +43,17 @@ DyncLimit* limitsOf(DynBaseConstraint* constraint) {
 }
 
 template <class Record>
-constexpr DynJointType makeType(int tag, const char* name, DyncAddConstraintFn builder,
+consteval DynJointType makeType(int tag, const char* name, DyncAddConstraintFn builder,
                                 int max_rows, int equations, Coordinates coordinates = {},
                                 int n_bodies = 2) {
+    constexpr bool kHasLimits = requires(Record record) {
+        record.limit[0];
+    };
+    if (coordinates.empty() == kHasLimits)
+        throw "a type has coordinates just where its record has limits"; // does not compile
     DynJointType type{tag,      name,        builder,        max_rows,          equations,
                       n_bodies, coordinates, sizeof(Record), construct<Record>, nullptr};
-    if constexpr (requires(Record record) { record.limit[0]; })
+    if constexpr (kHasLimits)
         type.limits = limitsOf<Record>;
     return type;
 }
@@ -84,9 +89,7 @@ constexpr std::array kTypes = {
 };
 
 static_assert(std::all_of(kTypes.begin(), kTypes.end(), [](const DynJointType& type) {
-    const std::size_t coordinates = type.coordinates.size();
-    return type.max_rows <= kDynsMaxConstraintRows &&
-           (coordinates == 0) == (type.limits == nullptr);
+    return type.max_rows <= kDynsMaxConstraintRows;
 }));
 static_assert(std::is_sorted(kTypes.begin(), kTypes.end(),
                              [](const DynJointType& a, const DynJointType& b) {

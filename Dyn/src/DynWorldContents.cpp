@@ -1,3 +1,4 @@
+#include "DynEnabledList.h"
 #include "DynMergeSort.h"
 #include "DynWorldInternal.h"
 
@@ -11,24 +12,6 @@
 namespace {
 
 constexpr int kFirstKinematicConstraints = 10;
-
-void linkEnabled(DynWorld* world, DynBody* body) {
-    body->enabledNext = world->enabledBodyHead;
-    body->enabledTome = &world->enabledBodyHead;
-    if (body->enabledNext)
-        body->enabledNext->enabledTome = &body->enabledNext;
-    world->enabledBodyHead = body;
-    ++world->nEnabledBodies;
-}
-
-void unlinkEnabled(DynWorld* world, DynBody* body) {
-    *body->enabledTome = body->enabledNext;
-    if (body->enabledNext)
-        body->enabledNext->enabledTome = body->enabledTome;
-    body->enabledNext = nullptr;
-    body->enabledTome = nullptr;
-    --world->nEnabledBodies;
-}
 
 bool growKinematicList(DynWorld* world) {
     const int capacity = std::max(kFirstKinematicConstraints, 2 * world->maxKineticConstraints);
@@ -84,7 +67,7 @@ void DynWorldInsertBody(DynWorld* world, DynBody* body) {
     ++world->nBodies;
     ++world->resize;
     if (DynBodyIsEnabled(body) && DynBodyIsDynamic(body))
-        linkEnabled(world, body);
+        DynEnabledListInsert(body);
 }
 
 void DynWorldRemoveBody(DynWorld* world, DynBody* body) {
@@ -95,7 +78,7 @@ void DynWorldRemoveBody(DynWorld* world, DynBody* body) {
     if (DynWorldRefusesDuringStep(world, "DynWorldRemoveBody"))
         return;
     if (body->enabledTome)
-        unlinkEnabled(world, body);
+        DynEnabledListRemove(body);
     *body->tome = body->next;
     if (body->next)
         body->next->tome = body->tome;

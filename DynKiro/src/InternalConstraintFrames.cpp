@@ -68,10 +68,10 @@ void InternalConstraintFrames::solveCoupled(KitThreadPool* pool) {
         secondaries()[static_cast<std::size_t>(i)]->setUp(mCountPrimary + i);
     mColours.build(secondaries());
 
-    int passes = 1;
+    int maxIter = 1;
     for (const StepperData* data : primaries())
-        passes = std::max(passes, data->max_iteration);
-    for (int pass = 0; pass < passes; ++pass) {
+        maxIter = std::max(maxIter, data->max_iteration);
+    for (int pass = 0; pass < maxIter; ++pass) {
         passSecondaries(pool);
         passPrimaries(pool);
     }

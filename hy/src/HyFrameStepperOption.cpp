@@ -8,6 +8,9 @@
 namespace Hy {
 namespace {
 
+/// Solver groups that are forced without a call of the heap.
+constexpr std::size_t kFirstSolverData = 10;
+
 /// Actions of the modes, by the value of the mode.
 struct ModeActions {
     bool collision, dynamics, integrate, check, recovery;
@@ -24,7 +27,7 @@ constexpr ModeActions kModeActions[] = {
 
 } // namespace
 
-HyFrameStepperOption::HyFrameStepperOption() = default;
+HyFrameStepperOption::HyFrameStepperOption() : mSolverDataArray(kFirstSolverData) {}
 HyFrameStepperOption::~HyFrameStepperOption() = default;
 
 HyFrameStepperOption& HyFrameStepperOption::instance() {
@@ -51,6 +54,10 @@ void HyFrameStepperOption::setStepperMode(StepperModeEnum mode) {
 
 void HyFrameStepperOption::resetStepperMode() {
     setStepperMode(kModeNormal);
+    mForceIterativeSolver = false;
+    mForceIterativeSolverIterationCount = 1;
+    if (mForceIterativeSolverNeedPost) // called from inside a step
+        forceIterativeSolverPost();
 }
 
 void HyFrameStepperOption::setUpdateActionCollision(bool on) {
@@ -108,6 +115,8 @@ void HyFrameStepperOption::forEachCheck(Call call) {
 }
 
 void HyFrameStepperOption::preUpdateForce() {
+    if (mForceIterativeSolver && mUpdateActionDynamics)
+        forceIterativeSolverPre();
     if (mUpdateActionCheck)
         forEachCheck([](CheckSubscriber& check) { check.preUpdateForceCheck(); });
 }
@@ -118,6 +127,8 @@ void HyFrameStepperOption::postUpdateForce() {
 }
 
 void HyFrameStepperOption::postStep() {
+    if (mForceIterativeSolverNeedPost)
+        forceIterativeSolverPost();
     if (mUpdateActionCheck)
         forEachCheck([](CheckSubscriber& check) { check.postStepCheck(); });
 }

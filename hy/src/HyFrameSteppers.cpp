@@ -1,5 +1,6 @@
 #include <Hy/HyFrame.h>
 
+#include <Hy/HyFrameStepperOption.h>
 #include <Hy/HyUniverse.h>
 
 #include <algorithm>
@@ -30,7 +31,8 @@ void HyFrame::addStepper(HyStepperBase* stepper) {
 bool HyFrame::removeStepper(HyStepperBase* stepper) {
     std::replace(mStepperWalk.begin(), mStepperWalk.end(), stepper,
                  static_cast<HyStepperBase*>(nullptr));
-    mUniverseArr.eraseOnce(stepper);
+    if (mUniverseArr.eraseOnce(stepper))
+        mStepperOption.universeLeaves(*static_cast<HyUniverse*>(stepper));
     return mSteppers.eraseOnce(stepper);
 }
 

@@ -1,6 +1,8 @@
 #include <Hy/HyPart.h>
 
 #include <Dyn/DynBody.h>
+#include <Dyn/DynConstraint.h>
+#include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 
 #include <cmath>
@@ -18,19 +20,48 @@ bool isFit(const HyMassProperties& properties) {
 
 } // namespace
 
-// Every change of the mass properties runs here; the body follows.
+// Every change of the mass properties runs here.
 template <class Change>
 void HyPart::changeMassProperties(Change change) {
     change(mMassProperties);
+    _postMassPropertiesChange();
+}
+
+void HyPart::_postMassPropertiesChange() {
     _applyMassProperties(mMassProperties);
 }
 
 void HyPart::_applyMassProperties(const HyMassProperties& properties) {
     if (isFit(properties)) { // a part that is not dynamic may be without
-        DynBodySetMass(mDynBodyID, properties.getMass());
-        DynBodySetInertiaTensor(mDynBodyID, properties.getInertiaTensorLocal());
+        _applyMass(properties);
+        _applyInertia(properties);
     }
-    DynBodySetCenterOfMassRelativeTransform(mDynBodyID, properties.getCOMTransformLocal().m);
+    _applyCOMRelativeTM(properties);
+}
+
+void HyPart::_applyMass(const HyMassProperties& properties) {
+    DynBodySetMass(mDynBodyID, properties.getMass());
+}
+
+void HyPart::_applyInertia(const HyMassProperties& properties) {
+    DynBodySetInertiaTensor(mDynBodyID, properties.getInertiaTensorLocal());
+}
+
+void HyPart::_applyCOMRelativeTM(const HyMassProperties& properties) {
+    placeCentreOfMass(properties.getCOMTransformLocal());
+}
+
+// The body takes the attachments of its enabled constraints along.
+void HyPart::placeCentreOfMass(const HyTransform& tm) {
+    const HyTransform before(mDynBodyID->comToBodyTM);
+    DynBodySetCenterOfMassRelativeTransform(mDynBodyID, tm.m);
+    if (before == HyTransform(mDynBodyID->comToBodyTM))
+        return;
+    HyTransform change;
+    change.compoundFirstThenInverseSecond(before, HyTransform(mDynBodyID->comToBodyTM));
+    for (HyConstraint* constraint : mConstraintsArr)
+        if (!constraint->isEnabledInternal())
+            DynConstraintAdaptAttachments(constraint->getDynConstraint(), mDynBodyID, change.m);
 }
 
 // What a part needs to become dynamic.

@@ -84,8 +84,4 @@ int HyUniverse::getPartitionerCrossGroupingDepth() const {
                : DynPartitionParametersGetCrossGroupingDepth(parameters);
 }
 
-int HyUniverse::getSolverParametersCount() const {
-    return DynGroupingCount(mWorld);
-}
-
 } // namespace Hy

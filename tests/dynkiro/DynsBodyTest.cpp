@@ -3,7 +3,7 @@
 #include <Kit/KitMath.h>
 #include <Kit/KitMessage.h>
 
-#include <eigen3/Eigen/Dense>
+#include <Eigen/Dense>
 #include <gtest/gtest.h>
 
 #include <cmath>

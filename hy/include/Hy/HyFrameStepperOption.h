@@ -4,6 +4,8 @@
 #include <Kit/KitApi.h>
 
 namespace Hy {
+class HySolverParameters;
+class HyUniverse;
 
 /// Says which actions a step takes, and carries the checks that watch it. One object for the process,
 /// independent of the life of the frame; a new frame starts it in kModeNormal.
@@ -55,7 +57,7 @@ public:
     /// Sets the actions of the mode; kModeManual leaves them. Not a mode: a warning, nothing changes.
     void setStepperMode(StepperModeEnum mode);
     [[nodiscard]] StepperModeEnum getStepperMode() const { return mStepperMode; }
-    /// Back to kModeNormal.
+    /// Back to kModeNormal, and no solver is forced.
     void resetStepperMode();
 
     // Single actions. Setting one makes the mode kModeManual.
@@ -75,6 +77,18 @@ public:
     void setRecoverySubstepCount(int count);
     [[nodiscard]] int getRecoverySubstepCount() const { return mRecoverySubstepCount; }
 
+    /// Lets every solver group of every universe use the iterative solver, in each step for as long
+    /// as the step lasts: each group has its own solver and number of sweeps back at its end. Groups
+    /// that use the iterative solver by themselves keep their number of sweeps.
+    void setForceIterativeSolver(bool on) { mForceIterativeSolver = on; }
+    [[nodiscard]] bool getForceIterativeSolver() const { return mForceIterativeSolver; }
+    /// Number of sweeps beyond the first in groups that are forced; 1 at the start. More than an int
+    /// holds: a warning, nothing changes.
+    void setForceIterativeSolverIterationCount(unsigned count);
+    [[nodiscard]] unsigned getForceIterativeSolverIterationCount() const {
+        return mForceIterativeSolverIterationCount;
+    }
+
     /// Lets all active checks print or not.
     void setVerbose(bool on);
     [[nodiscard]] bool getVerbose() const { return mVerbose; }
@@ -88,6 +102,13 @@ public:
 private:
     friend class HyFrame; // calls the hooks
 
+    /// What forcing has changed in a solver group.
+    struct SolverData {
+        unsigned mSolverType = 0;
+        int mIterativeSolverIterationCount = 1;
+        HySolverParameters* mGroup = nullptr; ///< null once its universe has left
+    };
+
     HyFrameStepperOption();
     ~HyFrameStepperOption();
     void preUpdateForce();
@@ -96,6 +117,10 @@ private:
     void timeOfImpactEvent(HyReal time);
     template <typename Call>
     void forEachCheck(Call call);
+    void forceIterativeSolverPre();
+    void forceIterativeSolverPost();
+    bool restoreSolvers(HyUniverse& universe, std::size_t& next);
+    void universeLeaves(HyUniverse& universe);
 
     StepperModeEnum mStepperMode = kModeNormal;
     bool mUpdateActionCollision = true;
@@ -104,7 +129,12 @@ private:
     bool mUpdateActionCheck = false;
     bool mUpdateActionRecovery = false;
     bool mVerbose = false;
+    bool mForceIterativeSolver = false;
+    bool mForceIterativeSolverNeedPost = false;
+    unsigned mForceIterativeSolverIterationCount = 1;
     int mRecoverySubstepCount = 10;
+    HyArray<SolverData> mSolverDataArray; ///< in the order of universes and groups
+    std::size_t mSolverDataCount = 0;     ///< entries of this step
     HyArray<CheckSubscriber*> mCheckSubscriberArray;
     HyArray<CheckSubscriber*> mCheckWalk; ///< the checks of the hook that runs
 };
