@@ -111,6 +111,7 @@ int DyncEndConstraint(DynsConstraints* clist, DynBaseConstraint* constraint,
         if (strongest || moved)
             moveIntoTarget(*factors, rows, slot, head.velocity[slot]);
     }
+    const int before = clist->n_constraint_rows;
     DynsConstraintsPushConstraint(clist, factors, bodies, head.n_bodies, rows, head.tag, nullptr);
-    return rows;
+    return clist->n_constraint_rows - before; // 0 if no body of the constraint is in the partition
 }
