@@ -135,6 +135,8 @@ void DynBodyResetDynamics(DynBody* body) {
         KitVector3Zero(v);
     KitVector3Zero(solver.vel);
     KitVector3Zero(solver.velrot);
+    for (KitVector3& row : solver.geometricStiffness) // of joint forces that are no more
+        KitVector3Zero(row);
     body->impulseAdded = false;
     body->impulseConsumed = false;
     if (body->stateFlags != 0)
