@@ -364,6 +364,34 @@ TEST_F(HyPartTest, LoadsWakeDynamicPartsAlone) {
     expectNear(dynamic.getLinearVelocity(), {2, 6 * mStep / 2, 0});
 }
 
+// A load is for one step, also where the part is put to sleep before it has acted.
+TEST_F(HyPartTest, ALoadDoesNotOutlastItsStepInASleepingPart) {
+    struct Sleeper : HyUniverse::UpdateSubscriber {
+        HyPart* part = nullptr;
+        void update(HyUniverse*) override { part->wakeDynamics(false); }
+        void reset() override {}
+    };
+    for (const bool inStep : {false, true}) {
+        HyPart& part = addPart(1);
+        step();
+        part.addForce(HyVector3(6, 0, 0));
+        part.addTorque(HyVector3(0, 6, 0));
+        Sleeper sleeper;
+        sleeper.part = &part;
+        if (inStep)
+            mUniverse.addUpdateSubscriber(&sleeper);
+        else
+            part.wakeDynamics(false);
+        step();
+        mUniverse.removeUpdateSubscriber(&sleeper);
+        EXPECT_FALSE(part.isDynamicsAwake());
+        part.wakeDynamics(true);
+        step();
+        expectNear(part.getLinearVelocity(), {0, 0, 0}, 0);
+        expectNear(part.getAngularVelocity(), {0, 0, 0}, 0);
+    }
+}
+
 TEST_F(HyPartTest, SleepThresholdsInTheirOrder) {
     HyPart part(1);
     part.setAutoSleepThreshold(1, 2, 3, 4, 5);

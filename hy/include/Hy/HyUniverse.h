@@ -201,6 +201,9 @@ public:
     void removeDynBody(DynBody* body);
     /// The part wants HyPart::preStep() at the start of the next step; asked once for each step.
     void partNeedsPreStep(HyPart* part);
+    /// The part wants HyPart::postStep() at the end of the present step, or else of the next, though
+    /// it sleeps; asked once for each step.
+    void partNeedsPostStep(HyPart* part);
     /// The part has left; it is called no more.
     void partLeavesPreStep(HyPart* part);
     [[nodiscard]] DynWorld* getDynWorld() const { return mWorld; }
@@ -236,7 +239,6 @@ private:
     void measure(HyReal& milliseconds, Stage stage);
     void preStepParts();
     void postStepParts();
-    void saveUserForces();
 
     Parts mParts;
     Parts mPreStepParts; ///< have asked to be called at the start of the next step
