@@ -98,6 +98,13 @@ void DynConvertCOMPositionVector(const DynBody* from, const DynBody* to, KitVect
         KitMatrix4TMInverseTransform(p, p, *centreOf(to));
 }
 
+void DynConstraintAdaptAttachments(DynBaseConstraint* constraint, const DynBody* body,
+                                   const KitMatrix4 change) {
+    for (int slot = 0; slot < constraint->bclH.n_bodies; ++slot)
+        if (constraint->body[slot] == body)
+            KitMatrix4TMCompound(constraint->bclH.ref[slot], constraint->bclH.ref[slot], change);
+}
+
 void DynConstraintBodySetPosition(DynBaseConstraint* constraint, int slot,
                                   const KitVector3 position) {
     constexpr const char* kFunction = "DynConstraintBodySetPosition";

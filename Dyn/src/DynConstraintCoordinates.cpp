@@ -128,13 +128,16 @@ void DynConstraintSetNeedKinematicUpdate(DynBaseConstraint* constraint) {
     registerForUpdate(constraint, mayMove(constraint));
 }
 
+// A record with kinematics of its own decides in its function.
 void DynConstraintResetNeedKinematicUpdate(DynBaseConstraint* constraint) {
+    const auto moves = [](const DyncLimit& limit) {
+        return hasMovingLock(limit) || hasMovingStop(limit);
+    };
     const std::span<DyncLimit> limits = coordinatesOf(constraint);
     registerForUpdate(constraint,
                       mayMove(constraint) &&
-                          std::any_of(limits.begin(), limits.end(), [](const DyncLimit& limit) {
-                              return hasMovingLock(limit) || hasMovingStop(limit);
-                          }));
+                          (constraint->updateKinematicFunction != DynConstraintUpdateKinematic ||
+                           std::any_of(limits.begin(), limits.end(), moves)));
 }
 
 void DynConstraintSaveCoordinates(const DynBaseConstraint* constraint,

@@ -5,8 +5,17 @@
 
 namespace {
 /// Sum of squares above the diagonal.
-KitReal offDiagonal(const KitMatrix3 a) {
+KitReal squareNormAboveDiagonal(const KitMatrix3 a) {
     return a[0][1] * a[0][1] + a[0][2] * a[0][2] + a[1][2] * a[1][2];
+}
+
+/// Whether the elements above the diagonal are rounding of those on it. Magnitudes, not squares,
+/// which would overflow or vanish for a tensor of extreme scale.
+bool isDiagonal(const KitMatrix3 a) {
+    constexpr KitReal kRounding = std::numeric_limits<KitReal>::epsilon();
+    const KitReal above = std::abs(a[0][1]) + std::abs(a[0][2]) + std::abs(a[1][2]);
+    const KitReal diagonal = std::abs(a[0][0]) + std::abs(a[1][1]) + std::abs(a[2][2]);
+    return above <= kRounding * diagonal && std::isfinite(diagonal);
 }
 
 /// Turns in the plane of p and q so that a[p][q] vanishes; r is the third index.
@@ -38,13 +47,10 @@ int jacobi3x3(KitMatrix3 tensor, KitMatrix3 axes, int maxSweeps, KitReal toleran
         for (int j = 0; j < i; ++j)
             tensor[i][j] = tensor[j][i];
     }
-    constexpr KitReal kRounding = std::numeric_limits<KitReal>::epsilon();
     int sweeps = 0;
     for (; sweeps < maxSweeps; ++sweeps) {
-        const KitReal off = offDiagonal(tensor);
-        const KitReal diagonal =
-            tensor[0][0] * tensor[0][0] + tensor[1][1] * tensor[1][1] + tensor[2][2] * tensor[2][2];
-        if (off <= tolerance * tolerance || off <= kRounding * kRounding * diagonal)
+        if (isDiagonal(tensor) ||
+            (tolerance > 0 && squareNormAboveDiagonal(tensor) <= tolerance * tolerance))
             break;
         annihilate(tensor, axes, 0, 1, 2);
         annihilate(tensor, axes, 0, 2, 1);

@@ -300,10 +300,11 @@ bool KitThreadPool::State::runQueued(WorkUnit* unit) {
 
 void KitThreadPool::State::help(const void* tag) {
     // A fatal error must not run exit handlers under the workers' feet.
+    const bool wasWorker = KitIsWorkerThread();
     KitSetWorkerThread(true);
     while (WorkUnit* unit = takeOfBatch(tag))
         unit->doProcessAndRelease(this);
-    KitSetWorkerThread(false);
+    KitSetWorkerThread(wasWorker);
 }
 
 /// The oldest unit, if it is of the batch. Work of other callers is left to the workers, since it

@@ -44,7 +44,7 @@ HyVector3 closestOnSegment(const HyVector3& point, const HyVector3& a, const HyV
 template <class Weight>
 bool computeMeanOf(const HyGeometryTools::Points& points, HyVector3& mean, Weight weight,
                    HyReal sum) {
-    if (!(sum > 0))
+    if (!(sum > 0) || !std::isfinite(sum))
         return false;
     HyVector3 weighted;
     for (std::size_t i = 0; i < points.size(); ++i)

@@ -119,9 +119,9 @@ void HyInertiaTensor::rotateBy(const HyTransform& frame) {
 }
 
 void HyInertiaTensor::rotateBy(const HyReal rotation[3][3]) {
-    const HyTensor rows(rotation);
-    if (!refuse(rows.isFinite(), "rotateBy"))
-        HyTensor(m).rotatedBy(rows).copyTo(m);
+    const HyTensor rotated = HyTensor(m).rotatedBy(HyTensor(rotation));
+    if (!refuse(rotated.isFinite(), "rotateBy"))
+        rotated.copyTo(m);
 }
 
 // Tests. A comparison that holds for sound values alone also fails for what is not a number.

@@ -155,10 +155,13 @@ void HyMassProperties::scaleInertiaTensor(HyReal scale) {
     if (refuse(scale >= 0 && std::isfinite(scale), "scaleInertiaTensor",
                "scale must be finite and not negative"))
         return;
-    for (auto& row : mInertiaTensor) {
+    HyTensor scaled(mInertiaTensor);
+    for (auto& row : scaled.m) {
         for (HyReal& entry : row)
             entry *= scale;
     }
+    if (!refuse(scaled.isFinite(), "scaleInertiaTensor", "the inertia tensor must stay finite"))
+        scaled.copyTo(mInertiaTensor);
 }
 
 void HyMassProperties::getOrthogonalInertiaTensor(HyReal out[3][3], HyTransform& transform) const {

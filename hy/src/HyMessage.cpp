@@ -62,7 +62,7 @@ void HyFatalErrorOrAbort(const char* message) {
 void HyAssertImplementation(const char* file, int line, bool condition, const char* format, ...) {
     if (condition)
         return;
-    char* located = createLocatedFormat(KitShortenPath(file), line, format);
+    char* located = createLocatedFormat(KitShortenPath(file), line, format ? format : "");
     va_list arguments;
     va_start(arguments, format);
     KitFatalErrorHandler(0, located ? located : format, arguments);

@@ -2,6 +2,7 @@
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
+#include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
 #include <Kit/KitPool.h>
@@ -61,6 +62,8 @@ void HyPart::init(EntityControlTypeEnum control) {
 }
 
 HyPart::~HyPart() {
+    while (!mConstraintsArr.empty())
+        mConstraintsArr.back()->forgetPart(this);
     if (mUniverse)
         mUniverse->removePart(this);
     DynBodyDisable(mDynBodyID);
@@ -196,11 +199,38 @@ int HyPart::getLastPartitionIndex() const {
 void HyPart::setUniverse(HyUniverse* universe) {
     if (universe == mUniverse)
         return;
-    if (mUniverse)
-        leaveUniverse(*mUniverse);
+    HyUniverse* old = mUniverse;
+    mUniverse = nullptr;
+    updateConstraints();
+    if (old)
+        leaveUniverse(*old);
     mUniverse = universe;
     if (mUniverse)
         enterUniverse(*mUniverse);
+    updateConstraints();
+}
+
+// Constraints.
+
+HyConstraint* HyPart::getConstraint(int i) const {
+    return i >= 0 && i < getConstraintCount() ? mConstraintsArr[static_cast<std::size_t>(i)]
+                                              : nullptr;
+}
+
+void HyPart::updateConstraints() {
+    for (HyConstraint* constraint : mConstraintsArr)
+        constraint->updateEnableInternal();
+}
+
+void HyPart::_addConstraint(HyConstraint* constraint) {
+    mConstraintsArr.addUnique(constraint);
+    wakeDynamics(true);
+}
+
+void HyPart::_removeConstraint(HyConstraint* constraint) {
+    if (!constraint->hasPart(this))
+        mConstraintsArr.eraseOnce(constraint);
+    wakeDynamics(true);
 }
 
 void HyPart::leaveUniverse(HyUniverse& universe) {

@@ -1,6 +1,8 @@
 #include <Hy/HyPart.h>
 
 #include <Dyn/DynBody.h>
+#include <Dyn/DynConstraint.h>
+#include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 
 #include <cmath>
@@ -65,7 +67,20 @@ void HyPart::_applyInertia(const HyMassProperties& properties) {
 }
 
 void HyPart::_applyCOMRelativeTM(const HyMassProperties& properties) {
-    DynBodySetCenterOfMassRelativeTransform(mDynBodyID, properties.getCOMTransformLocal().m);
+    placeCentreOfMass(properties.getCOMTransformLocal());
+}
+
+// The body takes the attachments of its enabled constraints along.
+void HyPart::placeCentreOfMass(const HyTransform& tm) {
+    const HyTransform before(mDynBodyID->comToBodyTM);
+    DynBodySetCenterOfMassRelativeTransform(mDynBodyID, tm.m);
+    if (before == HyTransform(mDynBodyID->comToBodyTM))
+        return;
+    HyTransform change;
+    change.compoundFirstThenInverseSecond(before, HyTransform(mDynBodyID->comToBodyTM));
+    for (HyConstraint* constraint : mConstraintsArr)
+        if (!constraint->isEnabledInternal())
+            DynConstraintAdaptAttachments(constraint->getDynConstraint(), mDynBodyID, change.m);
 }
 
 // What a part needs to become dynamic.

@@ -122,7 +122,11 @@ void HyTransform::computeLinearVelocity(const HyTransform& a, const HyTransform&
 
 void HyTransform::computeAngularVelocity(const HyTransform& a, const HyTransform& b, HyReal h,
                                          HyVector3& velocity) noexcept {
-    KitQuaternionGetForwardVelocity(velocity.v, HyQuaternion(a).mQuat, HyQuaternion(b).mQuat);
+    const HyQuaternion from(a);
+    HyQuaternion to(b);
+    if (from.dot(to) < 0) // q and -q are one orientation: take the nearer
+        to.set(-to.w(), -to.x(), -to.y(), -to.z());
+    KitQuaternionGetForwardVelocity(velocity.v, from.mQuat, to.mQuat);
     velocity /= h;
 }
 

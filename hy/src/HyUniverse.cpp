@@ -1,5 +1,7 @@
 #include <Hy/HyUniverse.h>
 
+#include "HySavedCoordinates.h"
+
 #include <Hy/HyFrame.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyThread.h>
@@ -40,7 +42,8 @@ unsigned raisedToEven(unsigned n) {
 
 } // namespace
 
-HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable*) {
+HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable*)
+    : mSavedCoordinates(std::make_unique<HySavedCoordinates>()) {
     init(maxCollisionGeometries);
     setEarthGravity();
 }
@@ -71,9 +74,10 @@ HyUniverse::~HyUniverse() {
         if (mObservers.contains(&observer)) // it may have left in the call
             unregisterObserver(&observer, true);
     });
+    destroyConstraints();
     destroyParts();
-    while (mIterators)
-        mIterators->leave();
+    mPartVisits.end();
+    mConstraintVisits.end();
     DynWorldDestroy(mWorld);
 }
 
@@ -117,22 +121,54 @@ int HyUniverse::getLastPartitionCount() const {
     return mWorld->partitionOutput.nPartitions;
 }
 
-// Bodies.
+// Bodies and constraints.
+
+void HyUniverse::warnIfStepping(const char* operation) const {
+    if (mStepping)
+        HyWarning(0,
+                  "HyUniverse %s: cannot be called while stepping (check intersect subscribers).\n",
+                  operation);
+}
 
 void HyUniverse::insertDynBody(DynBody* body) {
-    if (mStepping)
-        HyWarning(0, "HyUniverse insert part: cannot be called while stepping (check intersect "
-                     "subscribers).\n");
+    warnIfStepping("insert part");
     DynWorldInsertBody(mWorld, body);
 }
 
 void HyUniverse::removeDynBody(DynBody* body) {
-    if (mStepping)
-        HyWarning(0, "HyUniverse remove part: cannot be called while stepping (check intersect "
-                     "subscribers).\n");
-    for (DynamicPartIterator* iterator = mIterators; iterator; iterator = iterator->mOlder)
-        iterator->bodyLeaves(body);
+    warnIfStepping("remove part");
+    mPartVisits.leaves(body);
     DynWorldRemoveBody(mWorld, body);
+}
+
+void HyUniverse::insertDynConstraint(DynBaseConstraint* record) {
+    warnIfStepping("insert constraint");
+    DynWorldInsertConstraint(mWorld, record);
+}
+
+void HyUniverse::removeDynConstraint(DynBaseConstraint* record) {
+    warnIfStepping("remove constraint");
+    mConstraintVisits.leaves(record);
+    mSavedCoordinates->forget(record);
+    DynWorldRemoveConstraint(mWorld, record);
+}
+
+// Visits.
+
+HyUniverse::DynamicPartIterator HyUniverse::dynamicPartBegin() {
+    return {mPartVisits, *mWorld};
+}
+
+HyUniverse::DynamicPartIterator HyUniverse::dynamicPartEnd() {
+    return {};
+}
+
+HyUniverse::EnabledConstraintsIterator HyUniverse::enabledConstraintsBegin() {
+    return {mConstraintVisits, *mWorld};
+}
+
+HyUniverse::EnabledConstraintsIterator HyUniverse::enabledConstraintsEnd() {
+    return {};
 }
 
 // Update subscribers.

@@ -1,5 +1,6 @@
 #include <Hy/HyUniverse.h>
 
+#include <Hy/HyConstraint.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HySafeWalk.h>
@@ -21,6 +22,10 @@ struct HyUniverse::MemberKind {
 const HyUniverse::MemberKind<HyPart> HyUniverse::kParts{
     &HyUniverse::mParts, &HyUniverseObserver::onPartAdded, &HyUniverseObserver::onPartRemoved};
 
+const HyUniverse::MemberKind<HyConstraint> HyUniverse::kConstraints{
+    &HyUniverse::mConstraints, &HyUniverseObserver::onConstraintAdded,
+    &HyUniverseObserver::onConstraintRemoved};
+
 /// Answers whether the member has outlived the calls.
 template <typename T>
 bool HyUniverse::tellObservers(void (HyUniverseObserver::*call)(T*), T* member) {
@@ -39,6 +44,11 @@ void HyUniverse::tellOfContents(HyUniverseObserver& observer, const MemberKind<T
                                 void (HyUniverseObserver::*call)(T*)) {
     for (HySafeWalk walk(this->*kind.members); T* member = walk.next();)
         (observer.*call)(member);
+}
+
+void HyUniverse::tellOfAllContents(HyUniverseObserver& observer, bool added) {
+    tellOfContents(observer, kParts, added ? kParts.onAdded : kParts.onRemoved);
+    tellOfContents(observer, kConstraints, added ? kConstraints.onAdded : kConstraints.onRemoved);
 }
 
 // The member stands here before it leaves its other universe. If an observer there deletes it, its
@@ -98,6 +108,22 @@ void HyUniverse::destroyParts() {
     destroyMembers(kParts);
 }
 
+bool HyUniverse::addConstraint(HyConstraint* constraint) {
+    return addMember(kConstraints, constraint);
+}
+
+HyConstraint* HyUniverse::removeConstraint(HyConstraint* constraint) {
+    return removeMember(kConstraints, constraint);
+}
+
+void HyUniverse::destroyConstraint(HyConstraint* constraint) {
+    delete removeMember(kConstraints, constraint);
+}
+
+void HyUniverse::destroyConstraints() {
+    destroyMembers(kConstraints);
+}
+
 // Observers.
 
 void HyUniverse::registerObserver(HyUniverseObserver* observer, bool notify) {
@@ -108,7 +134,7 @@ void HyUniverse::registerObserver(HyUniverseObserver* observer, bool notify) {
     observer->mObservedUniverse = this;
     mObservers.add(observer);
     if (notify)
-        tellOfContents(*observer, kParts, kParts.onAdded);
+        tellOfAllContents(*observer, true);
 }
 
 void HyUniverse::unregisterObserver(HyUniverseObserver* observer, bool notify) {
@@ -116,7 +142,7 @@ void HyUniverse::unregisterObserver(HyUniverseObserver* observer, bool notify) {
         return;
     observer->mObservedUniverse = nullptr;
     if (notify)
-        tellOfContents(*observer, kParts, kParts.onRemoved);
+        tellOfAllContents(*observer, false);
 }
 
 HyUniverseObserver::~HyUniverseObserver() {

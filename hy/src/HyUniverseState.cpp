@@ -1,5 +1,7 @@
 #include <Hy/HyUniverseState.h>
 
+#include <Hy/HyConstraint.h>
+#include <Hy/HyConstraintState.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
@@ -25,12 +27,16 @@ HyUniverseState* HyUniverse::createState() {
     state->mParts.reserve(mParts.size());
     for (HyPart* part : mParts)
         state->mParts.emplace_back(part->createState());
+    state->mConstraints.reserve(mConstraints.size());
+    for (HyConstraint* constraint : mConstraints)
+        state->mConstraints.emplace_back(constraint->createState());
     state->mGravity = getGravity();
     state->mAutoSleep = getAutoSleep();
     return state;
 }
 
-// Gravity comes first, and only if it differs: setting it wakes all parts.
+// Gravity, if it differs, and constraints come first: both wake parts, which are then brought to the
+// sleep in which they were.
 void HyUniverse::restoreState(HyUniverseState* state) {
     if (!state)
         return;
@@ -43,6 +49,9 @@ void HyUniverse::restoreState(HyUniverseState* state) {
     if (!std::equal(gravity.v, gravity.v + 3, state->mGravity.v))
         setGravity(state->mGravity);
     setAutoSleep(state->mAutoSleep);
+    for (const std::unique_ptr<HyConstraintState>& constraint : state->mConstraints)
+        if (constraint->mInstance.valid() && constraint->mInstance->getUniverse() == this)
+            constraint->restore();
     for (const std::unique_ptr<HyPartState>& part : state->mParts)
         if (part->mInstance.valid() && part->mInstance->getUniverse() == this)
             part->restore();

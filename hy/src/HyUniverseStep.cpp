@@ -1,9 +1,12 @@
 #include <Hy/HyUniverse.h>
 
+#include "HySavedCoordinates.h"
+
 #include <Hy/HyPart.h>
 #include <Hy/HySafeWalk.h>
 
 #include <Dyn/DynBody.h>
+#include <Dyn/DynConstraint.h>
 #include <Dyn/DynWorld.h>
 
 // The phases of a universe. A step visits the awake bodies and the parts that asked for it: what
@@ -55,8 +58,30 @@ void HyUniverse::detectCollisionsImpl(HyReal) {
 
 void HyUniverse::advanceKinematicsImpl(HyReal dt) {
     mStepping = true;
-    measure(mUniverseTimings.advanceKinematics,
-            [this, dt] { DynWorldUpdateKinematicConstraint(mWorld, dt); });
+    measure(mUniverseTimings.advanceKinematics, [this, dt] {
+        if (dt > 0)
+            saveLockTargets();
+        DynWorldUpdateKinematicConstraint(mWorld, dt);
+        if (dt < 0)
+            restoreLockTargets();
+    });
+}
+
+// A step back does not undo a lock target that was stopped, nor a stop that gave way.
+void HyUniverse::saveLockTargets() {
+    mSavedCoordinates->entries.clear();
+    for (int i = 0; i < mWorld->nKineticConstraints; ++i) {
+        HySavedCoordinates::Entry& entry = mSavedCoordinates->entries.add();
+        entry.record = mWorld->kineticConstraintHead[i];
+        DynConstraintSaveCoordinates(entry.record, &entry.coordinates);
+    }
+}
+
+void HyUniverse::restoreLockTargets() {
+    for (const HySavedCoordinates::Entry& entry : mSavedCoordinates->entries)
+        if (entry.record)
+            DynConstraintRestoreCoordinates(entry.record, entry.coordinates);
+    mSavedCoordinates->entries.clear();
 }
 
 void HyUniverse::solveDynamicsImpl(HyReal dt) {
@@ -69,6 +94,20 @@ void HyUniverse::revertDynamicsImpl() {
         DynBodyResetForces(body);
         DynBodyRearmImpulses(body);
     });
+    resetConstraintDynamics();
+}
+
+// The coordinates know how often they have turned, which their bodies do not.
+void HyUniverse::resetConstraintDynamics() {
+    const auto reset = [](DynBaseConstraint* record, void*) {
+        if (record->bclH.tag == kDynTagContact)
+            return;
+        DynConstraintCoordinates coordinates;
+        DynConstraintSaveCoordinates(record, &coordinates);
+        DynConstraintResetDynamics(record);
+        DynConstraintRestoreCoordinates(record, coordinates);
+    };
+    DynWorldForAllConstraints(mWorld, reset, nullptr);
 }
 
 void HyUniverse::restoreExternalForcesForSubstepping() {

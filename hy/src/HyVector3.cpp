@@ -1,16 +1,12 @@
+#include <Hy/HyGeometryTools.h>
 #include <Hy/HyVector3.h>
 #include <cstdio>
 
 namespace Hy {
 
 HyReal HyVector3::distancePointToSegment(const HyVector3& a, const HyVector3& b) const noexcept {
-    const HyVector3 u = b - a;
-    const HyReal along = (*this - a).dot(u), length2 = u.squareNorm();
-    if (!(along > 0)) // also a segment of no length
-        return distance(a);
-    if (along >= length2)
-        return distance(b);
-    return distance(a + along / length2 * u);
+    HyVector3 closest;
+    return HyGeometryTools::computeDistanceToLineSegment(*this, a, b, closest);
 }
 
 HyVector3 HyVector3::getOrthogonal() const noexcept {

@@ -1,10 +1,12 @@
 #include <Dyn/DynInertia.h>
-#include <Kit/KitMessage.h>
+#include "kit/KitTestSupport.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -56,17 +58,17 @@ TEST(DynInertiaTest, SolidsHaveTheMomentsOfTheirPieces) {
 }
 
 TEST(DynInertiaTest, RefusesNegativeAndUnboundedNumbers) {
-    static int warnings;
-    warnings = 0;
-    const KitMessageHandler previous =
-        KitSetWarningHandler([](int code, const char*, va_list) { warnings += code == 12; });
+    const WarningRecorder warnings;
     KitMatrix3 tensor = {{7, 7, 7}, {7, 7, 7}, {7, 7, 7}};
     DynMakeInertiaTensorSphere(-1, 1, tensor);
     DynMakeInertiaTensorSphere(1, std::numeric_limits<KitReal>::quiet_NaN(), tensor);
     DynMakeInertiaTensorBox(1, 1, 1, std::numeric_limits<KitReal>::infinity(), tensor);
     DynMakeInertiaTensorBox(1, -1, 1, 1, tensor);
-    KitSetWarningHandler(previous);
-    EXPECT_EQ(warnings, 4);
+    const std::string sphere = "12: DynMakeInertiaTensorSphere",
+                      box = "12: DynMakeInertiaTensorBox";
+    const std::string demand = ": mass and lengths must be finite and not negative.\n";
+    EXPECT_EQ(warnings.take(), (std::vector<std::string>{sphere + demand, sphere + demand,
+                                                         box + demand, box + demand}));
     EXPECT_EQ(tensor[1][2], 7);
     EXPECT_EQ(tensor[0][0], 7);
 }

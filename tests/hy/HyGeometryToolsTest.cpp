@@ -166,7 +166,7 @@ TEST_F(HyGeometryToolsTest, ExtremesAreThoseOfTheSet) {
 
 TEST_F(HyGeometryToolsTest, EmptySetsAndUnusableWeightsGiveNothing) {
     const std::vector<HyVector3> points(2, HyVector3(1, 2, 3));
-    const HyReal weights[] = {0, 0, -1, 2};
+    const HyReal weights[] = {0, 0, -1, 2, 1, std::numeric_limits<HyReal>::infinity()};
     HyVector3 mean(9, 9, 9), other;
     HyReal matrix[3][3], values[3], low = 0, high = 0;
     EXPECT_FALSE(HyGeometryTools::computeMean(Points(), mean));
@@ -174,8 +174,8 @@ TEST_F(HyGeometryToolsTest, EmptySetsAndUnusableWeightsGiveNothing) {
     EXPECT_FALSE(
         HyGeometryTools::performPrincipalComponentAnalysis(Points(), matrix, values, mean));
     EXPECT_FALSE(HyGeometryTools::computeExtremalVertices(Points(), mean, mean, other, low, high));
-    for (const Weights& unusable :
-         {Weights(), Weights(weights, 1), Weights(weights, 2), Weights(weights + 2, 2)}) {
+    for (const Weights& unusable : {Weights(), Weights(weights, 1), Weights(weights, 2),
+                                    Weights(weights + 2, 2), Weights(weights + 4, 2)}) {
         EXPECT_FALSE(HyGeometryTools::computeWeightedMean(view(points), unusable, mean));
         EXPECT_FALSE(
             HyGeometryTools::generateCovarianceMatrix(view(points), unusable, matrix, mean));

@@ -2,7 +2,8 @@
 #include <Hy/HyThread.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
-#include <Kit/KitMessage.h>
+
+#include "MessageCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,6 @@
 #include <ctime>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <pthread.h>
 #include <stdexcept>
 #include <string>
@@ -23,32 +23,6 @@
 using namespace Hy;
 
 namespace {
-
-/// Keeps formatted warnings to look at.
-class Warnings {
-public:
-    Warnings() : mPrevious(KitSetWarningShow(show)) { take(); }
-    ~Warnings() { KitSetWarningShow(mPrevious); }
-    static std::string take() {
-        const std::scoped_lock lock(mutex());
-        return std::exchange(text(), std::string());
-    }
-
-private:
-    static std::mutex& mutex() {
-        static std::mutex instance;
-        return instance;
-    }
-    static std::string& text() {
-        static std::string instance;
-        return instance;
-    }
-    static void show(int, const char* piece) {
-        const std::scoped_lock lock(mutex());
-        text() += piece;
-    }
-    KitMessageShow mPrevious;
-};
 
 class Loop : public HySmartThread {
 public:
@@ -133,7 +107,7 @@ TEST(HySmartThreadTest, NoStepIsUnderWayWhilePaused) {
 }
 
 TEST(HySmartThreadTest, AStepMayEndItsThread) {
-    const Warnings warnings;
+    MessageCapture messages;
     struct Case {
         const char* name;
         std::function<bool(Loop&)> step;
@@ -160,7 +134,7 @@ TEST(HySmartThreadTest, AStepMayEndItsThread) {
             ASSERT_TRUE(loop.start()) << c.name;
             waitUntilStopped(loop);
             EXPECT_EQ(loop.steps, round) << c.name;
-            EXPECT_EQ(Warnings::take(), c.warning) << c.name;
+            EXPECT_EQ(messages.take(), c.warning) << c.name;
         }
     }
 }
@@ -277,7 +251,7 @@ TEST(HyThreadTest, ConditionVariablePassesATurn) {
 }
 
 TEST(HyThreadTest, NullGivesAWarning) {
-    const Warnings warnings;
+    MessageCapture messages;
     HyThreadMutexLock(nullptr);
     HyThreadMutexUnlock(nullptr);
     EXPECT_FALSE(HyThreadMutexTryLock(nullptr));
@@ -286,12 +260,12 @@ TEST(HyThreadTest, NullGivesAWarning) {
     EXPECT_FALSE(HyMutexTryLock(nullptr));
     HyConditionVariableSignal(nullptr);
     HyConditionVariableWait(nullptr, nullptr);
-    const std::string text = Warnings::take();
+    const std::string text = messages.take();
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 8) << text;
     HyThreadMutexDestroy(nullptr);
     HyMutexDestroy(nullptr);
     HyConditionVariableDestroy(nullptr);
-    EXPECT_EQ(Warnings::take(), "");
+    EXPECT_EQ(messages.take(), "");
     EXPECT_GE(HyThreadGetCPUCount(), 1);
 }
 
@@ -307,7 +281,7 @@ TEST(HyThreadTest, SleepDropsTheRemainderOfASecond) {
 }
 
 TEST(HyTimerTest, AddsUpRunsAndWarnsOutOfOrder) {
-    const Warnings warnings;
+    MessageCapture messages;
     HyTimer timer;
     EXPECT_FALSE(timer.isRunning());
     EXPECT_EQ(timer.getTotalTime(), 0);
@@ -321,18 +295,18 @@ TEST(HyTimerTest, AddsUpRunsAndWarnsOutOfOrder) {
     timer.start();
     const double second = timer.stop();
     EXPECT_DOUBLE_EQ(timer.getTotalTime(), first + second);
-    EXPECT_EQ(Warnings::take(), "");
+    EXPECT_EQ(messages.take(), "");
 
     HyThreadMicroSleep(2000);
     const double again = timer.stop(); // counted from the last start
     EXPECT_GE(again, second + 0.0019);
     EXPECT_DOUBLE_EQ(timer.getTotalTime(), first + second + again);
     EXPECT_GE(timer.getTime(), again);
-    EXPECT_EQ(Warnings::take(), "HyWarning{0}: HyTimer: Timer is not running.\n"
-                                "HyWarning{0}: HyTimer: Timer is not running.\n");
+    EXPECT_EQ(messages.take(), "HyWarning{0}: HyTimer: Timer is not running.\n"
+                               "HyWarning{0}: HyTimer: Timer is not running.\n");
     timer.start();
     timer.start();
-    EXPECT_EQ(Warnings::take(), "HyWarning{0}: HyTimer: Timer already running.\n");
+    EXPECT_EQ(messages.take(), "HyWarning{0}: HyTimer: Timer already running.\n");
     timer.reset();
     EXPECT_FALSE(timer.isRunning());
     EXPECT_EQ(timer.getLastTime(), 0);

@@ -2,6 +2,7 @@
 #include <Hy/HyTransform.h>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 namespace {
 using namespace Hy;
@@ -153,6 +154,25 @@ TEST(HyTransformTest, InterpolatesAndDifferentiatesAMotion) {
         EXPECT_TRUE(HyVector3::areEqualTol(linear, way, 1e-9));
         EXPECT_TRUE(HyVector3::areEqualTol(angular, w, 1e-8));
     }
+}
+
+// Quaternions of one sign rule change their sign somewhere between orientations: at a third of a turn
+// about the negative axes.
+TEST(HyTransformTest, AngularVelocityIsTheSameOnBothSidesOfASignChange) {
+    constexpr double kStep = 1e-4, kThird = 2 * std::numbers::pi / 3; // s, rad
+    int changes = 0;
+    for (int i = 0; i < 6; ++i) {
+        HyVector3 w;
+        w[i % 3] = i < 3 ? 2 : -2; // rad/s
+        HyTransform a, b;
+        a.rotateSelf(w, (kThird - 1e-4) / 2);
+        b.rotateSelf(w, (kThird + 1e-4) / 2);
+        changes += HyQuaternion(a).dot(HyQuaternion(b)) < 0 ? 1 : 0;
+        HyVector3 angular;
+        HyTransform::computeAngularVelocity(a, b, kStep, angular);
+        EXPECT_LT(angular.distance(w), 1e-8) << i;
+    }
+    EXPECT_EQ(changes, 3);
 }
 
 TEST(HyTransformTest, FaultsAreSeen) {

@@ -1,26 +1,17 @@
+#include "kit/KitTestSupport.h"
 #include "kit/MathRandom.h"
 #include <Kit/KitEigen3.h>
 #include <Kit/KitInertia.h>
-#include <Kit/KitMessage.h>
 #include <Eigen/Eigenvalues>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
+#include <string>
+#include <vector>
 
 namespace {
 using RowMajor3 = Eigen::Matrix<double, 3, 3, Eigen::RowMajor>;
-
-int warnings = 0;
-
-class KitInertiaTest : public testing::Test {
-protected:
-    void SetUp() override {
-        warnings = 0;
-        KitWarningHandler = [](int, const char*, va_list) { ++warnings; };
-    }
-    void TearDown() override { KitWarningHandler = before; }
-    KitMessageHandler before = KitWarningHandler;
-};
 
 /// The six tetrahedra from an apex to the sides of a box of half extents e about a centre, turned by
 /// a rotation; inside out if asked for.
@@ -50,14 +41,17 @@ KitSolidMoments boxMoments(const Eigen::Vector3d& e, const Eigen::Matrix3d& R,
     return moments;
 }
 
-TEST_F(KitInertiaTest, BoxFromItsSurface) {
+TEST(KitInertiaTest, BoxFromItsSurface) {
+    const WarningRecorder warnings;
     MathRandom random(31);
-    for (const bool insideOut : {false, true})
+    for (const bool insideOut : {false, true}) {
+        std::vector<std::string> expected;
+        if (insideOut)
+            expected = {"0: buildInertiaTensor: volume must be positive; it is negated.\n"};
         for (int n = 0; n < 50; ++n) {
             const Eigen::Vector3d e(random.real(0.1, 2), random.real(0.1, 2), random.real(0.1, 2));
             const Eigen::Matrix3d R = random.rotation().toRotationMatrix();
             const Eigen::Vector3d centre = random.vector(10), apex = centre + random.vector(3);
-            warnings = 0;
             RowMajor3 inertia;
             Eigen::Vector3d found;
             double volume = 0;
@@ -71,11 +65,13 @@ TEST_F(KitInertiaTest, BoxFromItsSurface) {
             EXPECT_NEAR(volume, mass, 1e-12 * mass + 1e-12);
             EXPECT_LT((found - centre).norm(), 1e-10);
             EXPECT_LT((inertia - R * moments.asDiagonal() * R.transpose()).norm(), 1e-10);
-            EXPECT_EQ(warnings, insideOut ? 1 : 0);
+            EXPECT_EQ(warnings.take(), expected);
         }
+    }
 }
 
-TEST_F(KitInertiaTest, NoVolumeIsNoSolid) {
+TEST(KitInertiaTest, NoVolumeIsNoSolid) {
+    const WarningRecorder warnings;
     KitMatrix3 inertia;
     KitVector3 centre = {7, 7, 7};
     double volume = 7;
@@ -84,9 +80,10 @@ TEST_F(KitInertiaTest, NoVolumeIsNoSolid) {
     const KitVector3 bad = {0, 0, std::numeric_limits<double>::infinity()};
     TetraMassProp(&moments, a, b, c, c);
     EXPECT_FALSE(buildInertiaTensor(inertia, centre, &volume, moments));
-    EXPECT_EQ(warnings, 0);
+    EXPECT_TRUE(warnings.take().empty());
     TetraMassProp(&moments, a, b, c, bad);
-    EXPECT_EQ(warnings, 1);
+    EXPECT_EQ(warnings.take(),
+              std::vector<std::string>{"0: TetraMassProp: points must be finite.\n"});
     EXPECT_FALSE(buildInertiaTensor(inertia, centre, &volume, moments));
     EXPECT_EQ(volume, 7);
     EXPECT_EQ(centre[0], 7);
@@ -117,10 +114,28 @@ TEST(KitEigen3Test, AgreesWithEigenOnAnySpectrum) {
     }
 }
 
+TEST(KitEigen3Test, ScalesWithItsMatrix) {
+    const KitMatrix3 tensor = {{3, 1, 0.5}, {1, 2, -1}, {0.5, -1, 4}};
+    KitMatrix3 expected, axes;
+    std::copy_n(&tensor[0][0], 9, &expected[0][0]);
+    jacobi3x3(expected, axes, 10);
+    for (const double scale : {0x1p-600, 0x1p600}) { // the squares are out of range
+        KitMatrix3 scaled;
+        for (int i = 0; i < 3; ++i)
+            for (int j = 0; j < 3; ++j)
+                scaled[i][j] = scale * tensor[i][j];
+        EXPECT_LT(jacobi3x3(scaled, axes, 10), 10) << scale;
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(scaled[i][i], scale * expected[i][i]) << scale;
+    }
+}
+
 TEST(KitEigen3Test, StopsAtItsToleranceOrItsLimit) {
     KitMatrix3 small = {{3, 1e-4, 0}, {1e-4, 2, 1e-4}, {0, 1e-4, 1}}, axes;
     EXPECT_EQ(jacobi3x3(small, axes, 101, 1e-3), 0);
     KitMatrix3 nan = {{1, std::numeric_limits<double>::quiet_NaN(), 0}, {0, 1, 0}, {0, 0, 1}};
     EXPECT_EQ(jacobi3x3(nan, axes, 35), 35);
+    KitMatrix3 infinite = {{std::numeric_limits<double>::infinity(), 1, 0}, {1, 1, 0}, {0, 0, 1}};
+    EXPECT_EQ(jacobi3x3(infinite, axes, 35), 35);
 }
 } // namespace

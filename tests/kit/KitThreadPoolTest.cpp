@@ -1,6 +1,6 @@
 #include <Kit/KitThreadPool.h>
-#include <Kit/KitMessage.h>
 #include <Kit/KitThread.h>
+#include "KitTestSupport.h"
 
 #include <gtest/gtest.h>
 
@@ -31,21 +31,6 @@ public:
 
 private:
     std::function<void()> mWork;
-};
-
-/// Keeps warnings to look at.
-class Warnings {
-public:
-    Warnings() : mPrevious(KitSetWarningHandler(handle)) { text().clear(); }
-    ~Warnings() { KitSetWarningHandler(mPrevious); }
-    static std::string& text() {
-        static std::string warnings;
-        return warnings;
-    }
-
-private:
-    static void handle(int, const char* format, va_list) { text() += format; }
-    KitMessageHandler mPrevious;
 };
 
 /// A worker that waits inside a unit until the gate opens.
@@ -181,7 +166,7 @@ TEST(KitThreadPoolTest, AUnitMayWaitForOneBehindItself) {
 
 TEST(KitThreadPoolTest, AUnitThatNamesItselfGetsAWarning) {
     KitThreadPool pool(2);
-    const Warnings warnings;
+    const WarningRecorder warnings;
     Unit* self = nullptr;
     Unit unit([&] {
         self->wait();
@@ -192,8 +177,11 @@ TEST(KitThreadPoolTest, AUnitThatNamesItselfGetsAWarning) {
     pool.add(&unit);
     unit.wait();
     EXPECT_EQ(unit.runs, 1);
-    EXPECT_NE(Warnings::text().find("must not wait for itself"), std::string::npos);
-    EXPECT_NE(Warnings::text().find("must not add itself"), std::string::npos);
+    const std::string add = "0: KitThreadPool::add: a unit must not add itself.\n";
+    EXPECT_EQ(
+        warnings.take(),
+        (std::vector<std::string>{
+            "0: KitThreadPool::WorkUnit::wait: a unit must not wait for itself.\n", add, add}));
 }
 
 TEST(KitThreadPoolTest, DestructionAbortsWhatIsQueuedAndEndsWhatRuns) {
@@ -348,12 +336,12 @@ TEST(KitThreadTest, SemaphoresMutexesAndThreadsWork) {
     KitThreadMutexUnlock(shared.mutex);
     KitThreadMutexDestroy(shared.mutex);
 
-    const Warnings warnings;
+    const WarningRecorder warnings;
     KitThreadMutexLock(nullptr);
     KitThreadMutexUnlock(nullptr);
     KitThreadMutexDestroy(nullptr);
     EXPECT_EQ(KitThreadCreate(nullptr, nullptr), nullptr);
-    EXPECT_NE(Warnings::text(), "");
+    EXPECT_EQ(warnings.take().size(), 3u);
 }
 
 } // namespace

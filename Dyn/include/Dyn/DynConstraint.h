@@ -51,6 +51,10 @@ HY_API void DynConstraintSetBodySeenAsKinematic(DynBaseConstraint* constraint, D
 /// for the world.
 HY_API void DynConvertCOMVector(const DynBody* from, const DynBody* to, KitVector3 v);
 HY_API void DynConvertCOMPositionVector(const DynBody* from, const DynBody* to, KitVector3 p);
+/// Follows a change of a body's centre-of-mass frame, given as the old one seen from the new one; the
+/// body does so itself for its enabled constraints.
+HY_API void DynConstraintAdaptAttachments(DynBaseConstraint* constraint, const DynBody* body,
+                                          const KitMatrix4 change);
 /// In the world.
 HY_API void DynConstraintBodySetPosition(DynBaseConstraint* constraint, int slot,
                                          const KitVector3 position);

@@ -4,6 +4,7 @@
 #include <string>
 
 namespace Hy {
+class HyConstraint;
 class HyPart;
 class HyUniverse;
 
@@ -15,6 +16,8 @@ namespace Find {
 [[nodiscard]] HY_API HyPart* part(const std::string& name);
 /// Searches one universe; for null, a warning.
 [[nodiscard]] HY_API HyPart* part(const std::string& name, const HyUniverse* universe);
+[[nodiscard]] HY_API HyConstraint* constraint(const std::string& name);
+[[nodiscard]] HY_API HyConstraint* constraint(const std::string& name, const HyUniverse* universe);
 
 } // namespace Find
 } // namespace Hy

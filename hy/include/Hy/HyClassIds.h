@@ -88,5 +88,8 @@ constexpr int kHyGenericConstraintClassId = 420;
 // Classes that came without a number take the next one from 1000 on.
 
 constexpr int kHyBaseUserDataClassId = 1000;
+constexpr int kConstraintPartAttachmentClassId = 1001;
+constexpr int kConstraintEquationClassId = 1002;
+constexpr int kConstraintCoordinateClassId = 1003;
 
 } // namespace Hy

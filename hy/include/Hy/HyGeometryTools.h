@@ -44,7 +44,7 @@ public:
 
     /// False for an empty set.
     static bool computeMean(const Points& points, HyVector3& mean);
-    /// False unless there is a weight a point and their sum is above 0.
+    /// False unless there is a weight a point and their sum is above 0 and finite.
     static bool computeWeightedMean(const Points& points, const Weights& weights, HyVector3& mean);
     /// Mean of (p − mean)(p − mean)ᵀ, and the mean itself. False as the mean is.
     static bool generateCovarianceMatrix(const Points& points, HyReal covariance[3][3],

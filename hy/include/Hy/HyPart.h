@@ -1,4 +1,5 @@
 #pragma once
+#include <Hy/HyArray.h>
 #include <Hy/HyBaseUserData.h>
 #include <Hy/HyCollisionRuleContainer.h>
 #include <Hy/HyEulerAngles.h>
@@ -8,6 +9,7 @@
 struct DynBody;
 
 namespace Hy {
+class HyConstraint;
 class HyPartState;
 class HyUniverse;
 
@@ -252,6 +254,15 @@ public:
     /// Partition of the last step, -1 asleep.
     [[nodiscard]] int getLastPartitionIndex() const;
 
+    // Constraints.
+
+    [[nodiscard]] int getConstraintCount() const {
+        return static_cast<int>(mConstraintsArr.size());
+    }
+    /// The constraints that name the part, in the order in which they took it; null for an index out
+    /// of range.
+    [[nodiscard]] HyConstraint* getConstraint(int i) const;
+
     // State.
 
     /// What restoreState() puts back. Owned by the caller.
@@ -272,6 +283,12 @@ public:
     void preStep();
     /// After the frame's step: what was added for it is gone.
     void postStep();
+
+    // For constraints.
+
+    /// A constraint names the part from now on, or in one slot less. Both wake it.
+    void _addConstraint(HyConstraint* constraint);
+    void _removeConstraint(HyConstraint* constraint);
 
 private:
     void init(EntityControlTypeEnum control);
@@ -295,12 +312,15 @@ private:
     void _applyMass(const HyMassProperties& properties);
     void _applyInertia(const HyMassProperties& properties);
     void _applyCOMRelativeTM(const HyMassProperties& properties);
+    void placeCentreOfMass(const HyTransform& tm);
+    void updateConstraints();
     void applyFastSpinAxis();
 
     HyTransform mPrevTransform;
     DynBody* mDynBodyID = nullptr; ///< from the pool of all parts
     HyMassProperties mMassProperties;
-    HyVector3 mFastSpinAxis{0, 0, 1}; ///< relative
+    HyVector3 mFastSpinAxis{0, 0, 1};       ///< relative
+    HyArray<HyConstraint*> mConstraintsArr; ///< each once
     HyUniverse* mUniverse = nullptr;
     EntityControlTypeEnum mControlType = kControlAnimated;     ///< asked for
     EntityControlTypeEnum mInternalControl = kControlAnimated; ///< in force

@@ -1,27 +1,34 @@
 #pragma once
 #include <Hy/HyCallbackList.h>
+#include <Hy/HyEnabledListIterator.h>
 #include <Hy/SortedVector.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
 
+#include <memory>
+
+struct DynBaseConstraint;
 struct DynBody;
 struct DynWorld;
 
 namespace Hy {
+class HyConstraint;
 class HyMaterialTable;
 class HyPart;
 class HySolverParameters;
 class HyUniverseObserver;
+struct HySavedCoordinates;
 class HyUniverseState;
 
-/// One simulated world: the parts in it, and the dynamics world below them.
+/// One simulated world: the parts in it, the constraints between them, and the dynamics world below.
 ///
 /// Joins a frame with HyFrame::addUniverse(), is stepped by HyFrame::step(), and leaves the frame
-/// when it is destroyed. It owns the parts that it holds. Contents should not change while it is
-/// stepping: such a call is warned of and carried out.
+/// when it is destroyed. It owns the parts and constraints that it holds. Contents should not change
+/// while it is stepping: such a call is warned of and carried out.
 class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
     using Parts = SortedVector<HyPart*, HyCreationOrder>;
+    using Constraints = SortedVector<HyConstraint*, HyCreationOrder>;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
@@ -50,7 +57,8 @@ public:
         kPartitionSplittingGroup = 2,
     };
 
-    class DynamicPartIterator;
+    using DynamicPartIterator = HyEnabledListIterator<DynBody, HyPart>;
+    using EnabledConstraintsIterator = HyEnabledListIterator<DynBaseConstraint, HyConstraint>;
 
     // Life.
 
@@ -85,6 +93,20 @@ public:
     /// put to sleep or destroyed on the way.
     [[nodiscard]] DynamicPartIterator dynamicPartBegin();
     [[nodiscard]] DynamicPartIterator dynamicPartEnd();
+
+    // Constraints.
+
+    /// As the operations on parts. A constraint here acts if it is enabled and its parts are here.
+    bool addConstraint(HyConstraint* constraint);
+    HyConstraint* removeConstraint(HyConstraint* constraint);
+    void destroyConstraint(HyConstraint* constraint);
+    void destroyConstraints();
+    /// In the order of creation.
+    [[nodiscard]] const Constraints& getConstraints() const { return mConstraints; }
+
+    /// Visits the constraints that act. Elements may be removed, disabled or destroyed on the way.
+    [[nodiscard]] EnabledConstraintsIterator enabledConstraintsBegin();
+    [[nodiscard]] EnabledConstraintsIterator enabledConstraintsEnd();
 
     // Observers and subscribers; not owned.
 
@@ -167,10 +189,10 @@ public:
 
     // State.
 
-    /// Captures parts, gravity and auto-sleep. Owned by the caller.
+    /// Captures parts, constraints, gravity and auto-sleep. Owned by the caller.
     [[nodiscard]] HyUniverseState* createState();
-    /// Brings back what the state captured, of the parts that are still here. Null: nothing. The
-    /// state of another universe, or a call while stepping: a warning, nothing changes.
+    /// Brings back what the state captured, of what is still here. Null: nothing. The state of
+    /// another universe, or a call while stepping: a warning, nothing changes.
     void restoreState(HyUniverseState* state);
     /// Stops all parts and clears their loads.
     void resetDynamics();
@@ -194,11 +216,14 @@ public:
     [[nodiscard]] virtual HyReal getCollisionSafeTime() const;
     void restoreExternalForcesForSubstepping() override;
 
-    // For parts.
+    // For parts and constraints.
 
     /// A part's body enters or leaves the dynamics world. While stepping: a warning, and it does.
     void insertDynBody(DynBody* body);
     void removeDynBody(DynBody* body);
+    /// The same for a constraint's record.
+    void insertDynConstraint(DynBaseConstraint* record);
+    void removeDynConstraint(DynBaseConstraint* record);
     /// The part wants HyPart::preStep() at the start of the next step; asked once for each step.
     void partNeedsPreStep(HyPart* part);
     /// The part wants HyPart::postStep() at the end of the present step, or else of the next, though
@@ -221,6 +246,7 @@ private:
     template <typename T>
     struct MemberKind;
     static const MemberKind<HyPart> kParts;
+    static const MemberKind<HyConstraint> kConstraints;
 
     template <typename T>
     bool addMember(const MemberKind<T>& kind, T* member);
@@ -234,63 +260,33 @@ private:
     void tellOfContents(HyUniverseObserver& observer, const MemberKind<T>& kind,
                         void (HyUniverseObserver::*call)(T*));
 
+    void tellOfAllContents(HyUniverseObserver& observer, bool added);
+
     void init(unsigned maxCollisionGeometries);
     template <typename Stage>
     void measure(HyReal& milliseconds, Stage stage);
     void preStepParts();
     void postStepParts();
+    void saveLockTargets();
+    void restoreLockTargets();
+    void resetConstraintDynamics();
+    void warnIfStepping(const char* operation) const;
 
     Parts mParts;
     Parts mPreStepParts; ///< have asked to be called at the start of the next step
     Parts mSteppedParts; ///< were called at the start of this step
     HyCallbackList<HyUniverseObserver> mObservers;
     HyCallbackList<UpdateSubscriber> mUpdateSubscriberList;
-    DynamicPartIterator* mIterators = nullptr; ///< those on their way, newest first
+    Constraints mConstraints;
+    HyEnabledListVisits<DynBody, HyPart> mPartVisits;
+    HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
+    std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
     DynWorld* mWorld = nullptr;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;
     int mGlobalCouplingSolverGroup = -1;
     bool mStepping = false;
-};
-
-/// Place of a visit to the awake parts. Known to its universe, so that it passes over parts that
-/// leave while it holds them; null then, and after the last. Stays valid when the universe goes.
-class HY_API HyUniverse::DynamicPartIterator {
-public:
-    DynamicPartIterator(const DynamicPartIterator& other);
-    DynamicPartIterator& operator=(const DynamicPartIterator& other);
-    ~DynamicPartIterator();
-
-    /// The present part; null once it has left the universe.
-    [[nodiscard]] HyPart* operator*() const;
-    [[nodiscard]] HyPart* operator->() const { return **this; }
-    /// Goes on to the next part. If the present and the next one have both been put to sleep, or
-    /// have left, the visit ends with a warning.
-    DynamicPartIterator& operator++();
-    [[nodiscard]] bool operator==(const DynamicPartIterator& other) const {
-        return mBody == other.mBody;
-    }
-
-private:
-    friend class HyUniverse;
-    DynamicPartIterator() = default;
-    explicit DynamicPartIterator(HyUniverse& universe);
-
-    [[nodiscard]] static bool isVisited(const DynBody* body);
-    [[nodiscard]] static DynBody* firstFrom(DynBody* body);
-    void copyPlace(const DynamicPartIterator& other);
-    void join(HyUniverse* universe);
-    void leave();
-    void bodyLeaves(const DynBody* body);
-
-    HyUniverse* mUniverse = nullptr;
-    DynBody* mBody = nullptr;
-    DynBody* mNextBody = nullptr;
-    int mRemaining = 0;     ///< bounds the visit where parts keep changing places
-    bool mNextLost = false; ///< the next part has left
-    DynamicPartIterator* mNewer = nullptr;
-    DynamicPartIterator* mOlder = nullptr;
 };
 
 } // namespace Hy

@@ -2,6 +2,7 @@
 #include <Kit/KitApi.h>
 
 namespace Hy {
+class HyConstraint;
 class HyPart;
 class HyUniverse;
 
@@ -22,6 +23,9 @@ public:
     virtual void onPartAdded(HyPart*) {}
     /// The part has left the universe and is still alive.
     virtual void onPartRemoved(HyPart*) {}
+    /// The same for a constraint. One that is told of from its own destructor is a HyConstraint only.
+    virtual void onConstraintAdded(HyConstraint*) {}
+    virtual void onConstraintRemoved(HyConstraint*) {}
 
     /// Null while it observes none.
     [[nodiscard]] HyUniverse* getObservedUniverse() const { return mObservedUniverse; }

@@ -7,6 +7,7 @@
 #include <vector>
 
 namespace Hy {
+class HyConstraintState;
 class HyPartState;
 class HyUniverse;
 
@@ -28,7 +29,8 @@ private:
 
     HyPointer<HyUniverse> mInstance;
     std::vector<std::unique_ptr<HyPartState>> mParts; ///< in the order of the parts' creation
-    HyVector3 mGravity;                               ///< m/s²
+    std::vector<std::unique_ptr<HyConstraintState>> mConstraints;
+    HyVector3 mGravity; ///< m/s²
     bool mAutoSleep = true;
 };
 
