@@ -68,6 +68,10 @@ void DynBodySetDefaultAutoDisableParams(const DynAutoDisableParams& params) {
                        "DynBodySetDefaultAutoDisableParams: thresholds must not be negative.\n");
             return;
         }
+    if (params.alive_window < 0) {
+        KitWarning(12, "DynBodySetDefaultAutoDisableParams: alive_window must not be negative.\n");
+        return;
+    }
     sDefaultAutoDisableParams = params;
 }
 
