@@ -112,7 +112,7 @@ int DyncEndConstraint(DynsConstraints* clist, DynBaseConstraint* constraint,
         if (strongest || moved)
             moveIntoTarget(*factors, rows, slot, head.velocity[slot]);
     }
-    const int constraints = clist->n_constraints;
+    const int before = clist->n_constraint_rows;
     DynsConstraintsPushConstraint(clist, factors, bodies, head.n_bodies, rows, head.tag, nullptr);
-    return clist->n_constraints > constraints ? rows : 0;
+    return clist->n_constraint_rows - before; // 0 if no body of the constraint is in the partition
 }
