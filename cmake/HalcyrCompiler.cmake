@@ -25,3 +25,11 @@ if(HALCYR_SANITIZE)
     -fsanitize=${HALCYR_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(halcyr_flags INTERFACE -fsanitize=${HALCYR_SANITIZE})
 endif()
+
+# Sanitizer builds compile the standard headers once a target; the plain build stays without, so that
+# each source still names what it includes.
+function(halcyr_precompile target)
+  if(HALCYR_SANITIZE)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  endif()
+endfunction()

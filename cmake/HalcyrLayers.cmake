@@ -11,6 +11,7 @@ function(halcyr_add_layer name folder)
     PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include
     PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src)
   target_link_libraries(halcyr_${name} PRIVATE halcyr_flags)
+  halcyr_precompile(halcyr_${name} <algorithm> <cmath> <memory> <string> <vector>)
   set(HALCYR_${name}_INCLUDE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/include PARENT_SCOPE)
   foreach(lower IN LISTS ARGN)
     target_include_directories(halcyr_${name} PUBLIC ${HALCYR_${lower}_INCLUDE})

@@ -1,4 +1,5 @@
 #include "DynBodyConstraints.h"
+#include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
 #include <Kit/KitMatrix4.h>
@@ -14,11 +15,24 @@ void forAllNodes(DynBody* body, Fn fn) {
     }
 }
 
-bool isFirstSlotOf(const KitCListNode& node, const DynBody* body) {
-    for (int slot = 0; slot < node.slot; ++slot)
-        if (node.constraint->body[slot] == body)
-            return false;
-    return true;
+std::uint64_t removalsIn(const DynWorld* world) {
+    return world ? world->scratch->nodeRemovals : 0;
+}
+
+// The nodes of one constraint stand side by side.
+KitCListNode* nodeOfNextConstraint(const KitCListNode& node) {
+    KitCListNode* next = node.next;
+    while (next && next->constraint == node.constraint)
+        next = next->next;
+    return next;
+}
+
+// The list goes from the newest constraint to the oldest.
+KitCListNode* firstNodeOlderThan(const DynBody* body, std::uint64_t serial) {
+    KitCListNode* node = body->constraintList;
+    while (node && node->constraint->serial >= serial)
+        node = node->next;
+    return node;
 }
 
 } // namespace
@@ -78,14 +92,12 @@ void DynBodyForAllConstraints(DynBody* body, void (*fn)(DynBaseConstraint*, void
         return;
     for (KitCListNode* node = body->constraintList; node;) {
         DynBaseConstraint* constraint = node->constraint;
-        const bool first = isFirstSlotOf(*node, body);
-        // fn may take out every node of this constraint: go on at one of another.
-        KitCListNode* next = node->next;
-        while (first && next && next->constraint == constraint)
-            next = next->next;
-        if (first)
-            fn(constraint, data);
-        node = next;
+        const DynWorld* world = constraint->world;
+        const std::uint64_t serial = constraint->serial, removals = removalsIn(world);
+        KitCListNode* next = nodeOfNextConstraint(*node);
+        fn(constraint, data);
+        // Any node may have gone, the next one too.
+        node = removalsIn(world) == removals ? next : firstNodeOlderThan(body, serial);
     }
 }
 

@@ -68,6 +68,10 @@ void DynBodySetDefaultAutoDisableParams(const DynAutoDisableParams& params) {
                        "DynBodySetDefaultAutoDisableParams: thresholds must not be negative.\n");
             return;
         }
+    if (params.alive_window < 0) {
+        KitWarning(12, "DynBodySetDefaultAutoDisableParams: alive_window must not be negative.\n");
+        return;
+    }
     sDefaultAutoDisableParams = params;
 }
 
@@ -135,6 +139,8 @@ void DynBodyResetDynamics(DynBody* body) {
         KitVector3Zero(v);
     KitVector3Zero(solver.vel);
     KitVector3Zero(solver.velrot);
+    for (KitVector3& row : solver.geometricStiffness) // of joint forces that are no more
+        KitVector3Zero(row);
     body->impulseAdded = false;
     body->impulseConsumed = false;
     if (body->stateFlags != 0)

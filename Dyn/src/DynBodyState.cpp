@@ -40,6 +40,7 @@ bool disable(DynBody* body) {
     }
     body->partitionIndex = -1;
     body->kiroBody.partition_index = -1;
+    body->kiroBody.localPartition = -1; // a partition of the same number may follow in this step
     body->enabledTime = -1;
     return leaves;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <type_traits>
 #include <utility>
 
@@ -23,8 +24,10 @@ public:
             return;
         const int capacity = std::max(n, 2 * mCapacity);
         void* data = KitMemoryAPI_resize(mData, static_cast<std::size_t>(capacity) * sizeof(T));
-        if (!data)
+        if (!data) {
             KitFatalError(20, "DynBuffer: out of memory.\n");
+            std::abort(); // a handler that returns must not let the buffer be read
+        }
         mData = static_cast<T*>(data);
         mCapacity = capacity;
     }

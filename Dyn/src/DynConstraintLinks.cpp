@@ -44,6 +44,22 @@ void DynConstraintEnabledListRemove(DynBaseConstraint* constraint) {
     --constraint->world->nEnabledConstraints;
 }
 
+namespace {
+
+// A body's list goes from the newest constraint to the oldest, with the last slot first, so that no
+// result depends on the order in which constraints were enabled.
+KitCListNode** placeInList(DynBody* body, const DynBaseConstraint* constraint, int slot) {
+    KitCListNode** place = &body->constraintList;
+    for (; *place; place = &(*place)->next) {
+        const std::uint64_t serial = (*place)->constraint->serial;
+        if (serial != constraint->serial ? serial < constraint->serial : (*place)->slot < slot)
+            break;
+    }
+    return place;
+}
+
+} // namespace
+
 bool KitCListNodeInsert(DynBaseConstraint* constraint, int slot) {
     DynBody* body = constraint->body[slot];
     if (!body || constraint->cNode[slot])
@@ -53,13 +69,12 @@ bool KitCListNodeInsert(DynBaseConstraint* constraint, int slot) {
         KitWarning(20, "KitCListNodeInsert: the node pool cannot grow.\n");
         return false;
     }
-    auto* node = new (memory) KitCListNode{.constraint = constraint,
-                                           .slot = slot,
-                                           .next = body->constraintList,
-                                           .tome = &body->constraintList};
+    KitCListNode** place = placeInList(body, constraint, slot);
+    auto* node = new (memory)
+        KitCListNode{.constraint = constraint, .slot = slot, .next = *place, .tome = place};
     if (node->next)
         node->next->tome = &node->next;
-    body->constraintList = node;
+    *place = node;
     constraint->cNode[slot] = node;
     return true;
 }
@@ -72,5 +87,6 @@ void KitCListNodeRemove(DynBaseConstraint* constraint, int slot) {
     if (node->next)
         node->next->tome = node->tome;
     constraint->cNode[slot] = nullptr;
+    ++constraint->world->scratch->nodeRemovals;
     KitPoolPutStruct(constraint->world->cNodePool, node);
 }

@@ -5,6 +5,7 @@
 #include <Kit/KitMemory.h>
 #include <Kit/KitMessage.h>
 
+#include <cstdlib>
 #include <new>
 
 namespace {
@@ -14,8 +15,10 @@ constexpr int kFirstPartitions = 10;
 template <class T>
 void growArray(T*& array, int capacity, const KitMemoryAPIStruct& mem) {
     void* grown = mem.resize(array, static_cast<std::size_t>(capacity) * sizeof(T));
-    if (!grown)
+    if (!grown) {
         KitFatalError(20, "DynPartitionOutputResize: out of memory.\n");
+        std::abort();
+    }
     array = static_cast<T*>(grown);
 }
 

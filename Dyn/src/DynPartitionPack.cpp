@@ -26,14 +26,16 @@ void consumeImpulses(DynBody* body, KitReal stepSize) {
 
 void loadBody(DynBody* body, KitReal stepSize, const KitVector4 gravity) {
     DynsBody& solver = body->kiroBody;
+    // Without integration the last step's constraint loads are still there, and would act as foreign.
+    std::fill_n(solver.cf, 4, 0.0);
+    std::fill_n(solver.ct, 4, 0.0);
+    if (!DynBodyIsEnabled(body)) // a body force has just put it to sleep or frozen it
+        return;
     if (body->constraintList)
         solver.flags |= kDynsBodyHasConstraints;
     else
         solver.flags &= ~kDynsBodyHasConstraints;
     ++body->enabledTime;
-    // Without integration the last step's constraint loads are still there, and would act as foreign.
-    std::fill_n(solver.cf, 4, 0.0);
-    std::fill_n(solver.ct, 4, 0.0);
     for (int i = 0; i < 3; ++i)
         solver.force[i] += body->mass * gravity[i];
     consumeImpulses(body, stepSize);
@@ -67,6 +69,14 @@ void clearResult(DynBaseConstraint* c) {
     c->bclH.lambda[0] = kDynLambdaEnd;
 }
 
+// Constraint i of the list is constraint i of the record, so what counts is that the rows got in.
+bool buildRows(DynBaseConstraint* c, const DyncConstraintParameters* bcl_params,
+               DynsConstraints* constraints) {
+    const int before = constraints->n_constraints;
+    return c->bclFunction && c->bclFunction(constraints, c, bcl_params) > 0 &&
+           constraints->n_constraints > before;
+}
+
 void pushConstraints(DynPartitionOutput* output, int p, const DyncConstraintParameters* bcl_params,
                      DynsConstraints* constraints) {
     DynBaseConstraint** list = output->constraints + output->constraintsStart[p];
@@ -74,7 +84,7 @@ void pushConstraints(DynPartitionOutput* output, int p, const DyncConstraintPara
     for (int i = 0; i < n;) {
         DynBaseConstraint* c = list[i];
         --c->bclH.gflag;
-        if (c->bclFunction && c->bclFunction(constraints, c, bcl_params) > 0) {
+        if (buildRows(c, bcl_params, constraints)) {
             ++i;
             continue;
         }

@@ -85,6 +85,7 @@ void DynWorldRemoveBody(DynWorld* world, DynBody* body) {
     body->next = nullptr;
     body->tome = nullptr;
     body->partitionIndex = body->kiroBody.partition_index = -1;
+    body->kiroBody.localPartition = -1;
     body->world = nullptr;
     --world->nBodies;
 }

@@ -23,6 +23,7 @@ struct DynConstraintWalk {
 struct DynWorldScratch {
     KitPool bodies, constraints, constraintNodes, bodyForces, groupings;
     DynConstraintWalk* walk = nullptr; ///< the innermost one
+    std::uint64_t nodeRemovals = 0;    ///< from the bodies' lists of constraints, since creation
     bool stepping = false;
     int couplingGroup = -1; ///< solver group of all secondaries in this step, or negative
     std::vector<ProcessPartitionWorkUnit> units;

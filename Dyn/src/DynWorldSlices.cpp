@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 
 // The order of the partitions and their division into slices, each of which has a solver frame a
 // partition. Partitions that are coupled share a slice.
@@ -68,8 +69,10 @@ void reserveThreadData(DynWorld* world, int n) {
     const int capacity = std::max(n, 2 * world->max_thread_data);
     void* grown = KitMemoryAPI_resize(world->thread_data, static_cast<std::size_t>(capacity) *
                                                               sizeof(DynWorldThreadData));
-    if (!grown)
+    if (!grown) {
         KitFatalError(20, "DynWorldStep: out of memory.\n");
+        std::abort();
+    }
     world->thread_data = static_cast<DynWorldThreadData*>(grown);
     world->max_thread_data = capacity;
 }
@@ -107,7 +110,7 @@ bool chooseOnePass(const DynWorld* world) {
 // them are small.
 int batchSize(const DynWorld* world, int start) {
     const int n = world->partitionOutput.nPartitions;
-    const int maxFrames = std::min(n, world->maxKiroFrames);
+    const int maxFrames = std::clamp(world->maxKiroFrames, 1, n);
     const int end = start + std::min(maxFrames, n - start);
     for (int i = start; i < end; ++i)
         if (rowsOf(world, i) <= sDynWorldOnePassPartitionSizeTreshold)

@@ -91,6 +91,7 @@ void addGeometricStiffness(DynWorld* world, int start, int end) {
     DynPartitionOutput& output = world->partitionOutput;
     DynBuffer<char>& wanted = world->scratch->stiffensBodies;
     wanted.resize(output.nPartitions);
+    std::fill_n(wanted.data(), output.nPartitions, char{0}); // a body may be of another slice
     bool any = false;
     for (int i = start; i < end; ++i) {
         const DynWorldThreadData& data = world->thread_data[i];

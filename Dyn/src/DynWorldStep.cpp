@@ -24,18 +24,11 @@ void resizeIfNeeded(DynWorld* world) {
         DynWorldResize(world, world->nBodies, world->nConstraints);
 }
 
-// A body that sleeps keeps the place that it had in another step's partition; see localPartition.
-void forgetStalePlace(DynBody* strongest) {
-    if (strongest && !DynBodyIsEnabled(strongest->rootParent))
-        strongest->rootParent->kiroBody.localPartition = -1;
-}
-
 void resetConstraints(DynWorld* world) {
     for (DynBaseConstraint* c = world->enabledConstraintHead; c; c = c->enabledNext) {
         c->edge_data = {};
         c->bclH.gflag = 0;
         DynConstraintUpdateStrongestBody(c);
-        forgetStalePlace(c->bclH.strongestBody);
     }
 }
 

@@ -179,6 +179,13 @@ void DyncSetRowFactorsToLimitBounce(DynsInputRowFactors* factors,
     const DyncSingleLimit& stop = limit.limit[atLower ? 0 : 1];
     if (limit.overshoot == 0 || stop.compliance < 0)
         return;
+    const bool motorized = limit.currentControlState == kDynConstraintControlMotorActive;
+    if (motorized && !DyncSoftnessFromCompliance(stop.compliance, stop.damping, 1).acts) {
+        DyncLimit free = limit; // the motor turns as if the stop were not there
+        free.currentLimitState = kDynLimitInactive;
+        DyncSetRowFactorsToMotor(factors, params, row, free);
+        return;
+    }
     DyncSetRowFactorsToSpring(factors, params, row, stop.compliance, stop.damping, limit.overshoot,
                               atLower ? 0 : -stop.maxForce, atLower ? stop.maxForce : 0);
     // A coordinate that moves on past the stop leaves it with a part of its closing speed.
@@ -186,7 +193,7 @@ void DyncSetRowFactorsToLimitBounce(DynsInputRowFactors* factors,
     const KitReal closing = (limit.velocity - stop.velocity) * stop.restitution;
     if (limit.overshoot * closing >= 0)
         factors->v0[row] = stop.velocity - closing;
-    if (limit.currentControlState != kDynConstraintControlMotorActive)
+    if (!motorized)
         return;
     // One row carries the stop and the motor.
     const bool pushesIn = atLower ? limit.motor_desired_vel <= 0 : limit.motor_desired_vel >= 0;

@@ -70,8 +70,10 @@ bool raiseToFloor(DynsInputRowFactors& factors, int row, const DyncConstraintPar
     return true;
 }
 
-/// Takes the velocity of a body that the rows do not move into their targets.
+/// Takes the velocity of a body that the rows do not move into their targets; a frozen one has none.
 void moveIntoTarget(DynsInputRowFactors& factors, int rows, int slot, const KitVector4* velocity) {
+    if (velocity == nullptr)
+        return;
     for (int row = 0; row < rows; ++row) {
         const KitReal* g = factors.G[slot][row];
         for (int k = 0; k < 3; ++k)
@@ -104,13 +106,13 @@ int DyncEndConstraint(DynsConstraints* clist, DynBaseConstraint* constraint,
     DynsBody* bodies[kDynsMaxConstraintBodies] = {};
     for (int slot = 0; slot < head.n_bodies; ++slot) {
         const bool strongest = head.b[slot] != nullptr && head.b[slot] == head.strongestSolverBody;
-        const bool moved =
-            head.b[slot] == nullptr && head.r[slot] != nullptr && head.velocity[slot] != nullptr;
+        const bool moved = head.b[slot] == nullptr && head.r[slot] != nullptr;
         if (!strongest)
             bodies[slot] = head.b[slot];
         if (strongest || moved)
             moveIntoTarget(*factors, rows, slot, head.velocity[slot]);
     }
+    const int before = clist->n_constraint_rows;
     DynsConstraintsPushConstraint(clist, factors, bodies, head.n_bodies, rows, head.tag, nullptr);
-    return rows;
+    return clist->n_constraint_rows - before; // 0 if no body of the constraint is in the partition
 }

@@ -5,6 +5,8 @@ namespace {
 DyncSoftness fromStiffness(KitReal k, KitReal d, KitReal h) {
     if (k == 0 && d == 0)
         return {0, 0, false};
+    if (!(h * k <= kKitInfinity)) // as of a compliance below 1/DBL_MAX
+        return {0, 1, true};
     return {1 / (h * (d + h * k)), h * k / (h * k + d), true};
 }
 

@@ -1,6 +1,7 @@
 #include "block_sweeps.h"
 
 #include "constraint_block.h"
+#include "pool_array.h"
 
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/lcp.h>
@@ -13,11 +14,13 @@
 
 namespace {
 
-constexpr std::size_t kAlignment = 64;
+using BodySum = KitReal[8];
 
-KitReal (*takeBodySums(KitMemoryPool& pool, int bodies))[8] {
-    const std::size_t bytes = static_cast<std::size_t>(std::max(bodies, 1)) * 8 * sizeof(KitReal);
-    return static_cast<KitReal(*)[8]>(pool.create_aligned_zeroed(bytes, kAlignment, "body force"));
+BodySum* takeBodySums(KitMemoryPool& pool, int bodies) {
+    auto* sums = takePoolArray<BodySum>(&pool, bodies, "body force");
+    for (int i = 0; i < bodies; ++i)
+        std::fill(sums[i], sums[i] + 8, 0.0);
+    return sums;
 }
 
 /// Product of one row with a force and torque, which stand four entries apart.
@@ -55,18 +58,12 @@ KitReal boxResidual(KitReal w, KitReal z, KitReal lower, KitReal upper) noexcept
 DynsBlockSweeps::DynsBlockSweeps(DynsConstraints& constraints, int bodies, KitMemoryPool& pool)
     : c(constraints), mBodies(bodies), Fb(takeBodySums(pool, bodies)),
       mSums(takeBodySums(pool, bodies)) {
-    const auto rows = static_cast<std::size_t>(std::max(c.n_constraint_rows, 1));
-    w = static_cast<KitReal*>(pool.create_aligned(rows * sizeof(KitReal), kAlignment, "w"));
-    const auto count = static_cast<std::size_t>(std::max(c.n_constraints, 1));
-    mBlocks = static_cast<Block*>(
-        pool.create_aligned(count * sizeof(Block), kAlignment, "block matrices"));
-    std::size_t entries = 0;
-    for (int k = 0; k < c.n_constraints; ++k) {
-        const auto r = static_cast<std::size_t>(DynsConstraintRows(c, k));
-        entries += r * r;
-    }
-    auto* M = static_cast<KitReal*>(pool.create_aligned(
-        std::max<std::size_t>(entries, 1) * sizeof(KitReal), kAlignment, "block matrices"));
+    w = takePoolArray<KitReal>(&pool, c.n_constraint_rows, "w");
+    mBlocks = takePoolArray<Block>(&pool, c.n_constraints, "block matrices");
+    int entries = 0; // at most 16 a row
+    for (int k = 0; k < c.n_constraints; ++k)
+        entries += DynsConstraintRows(c, k) * DynsConstraintRows(c, k);
+    auto* M = takePoolArray<KitReal>(&pool, entries, "block matrices");
     for (int k = 0; k < c.n_constraints; ++k) {
         const int r = DynsConstraintRows(c, k);
         mBlocks[k] = {M, r, DynsConstraintFirstRow(c, k), c.constraint_first_block[k],
@@ -88,12 +85,12 @@ void DynsBlockSweeps::startFromZero() {
 
 /// Takes the constraint's own force off its bodies and the effect of what is left off b.
 void DynsBlockSweeps::loadOfOthers(const Block& block, KitReal* b) {
-    for (int g = block.firstBlock; g < block.firstBlock + block.blocks; ++g) {
-        KitReal* sum = Fb[c.g_bodies_idx[g]];
-        addForce(c.g_forces[g], sum, -1);
+    const int end = block.firstBlock + block.blocks;
+    for (int g = block.firstBlock; g < end; ++g)
+        addForce(c.g_forces[g], Fb[c.g_bodies_idx[g]], -1);
+    for (int g = block.firstBlock; g < end; ++g)
         for (int j = 0; j < block.rows; ++j)
-            b[j] -= rowTimesForce(c.GM[g][j], sum);
-    }
+            b[j] -= rowTimesForce(c.GM[g][j], Fb[c.g_bodies_idx[g]]);
 }
 
 void DynsBlockSweeps::storeForces(const Block& block) {

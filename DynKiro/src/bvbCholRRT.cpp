@@ -3,6 +3,7 @@
 #include "column_cache.h"
 #include "dense_ldl.h"
 #include "frontal_factor.h"
+#include "row_product.h"
 #include "skyline.h"
 
 #include <Dyns/DynsConstraints.h>
@@ -22,34 +23,10 @@ struct bvbCholRRT::Storage {
     mutable bool naturalStands = false;
     DynsColumnCache columns;
     KitAlignedVector<unsigned> columnSolved;
-    KitAlignedVector<KitReal> loads; ///< force and torque of the rows on each body, six a body
-    KitAlignedVector<KitReal> work;
+    DynsRowProduct product;
 
-    /// y = A x on the rows: through the bodies, and the softness.
-    void multiply(const KitReal* x, KitReal* y);
     const DynsSkyline& naturalFactor() const;
 };
-
-void bvbCholRRT::Storage::multiply(const KitReal* x, KitReal* y) {
-    const DynsConstraints& c = *rows;
-    loads.assign(static_cast<std::size_t>(6 * graph.bodyCount), 0.0);
-    for (int b = 0; b < c.n_g_blocks; ++b) {
-        KitReal* load = loads.data() + 6 * c.g_bodies_idx[b];
-        const KitReal* lambda = x + c.g_block_first_row[b];
-        for (int r = 0; r < c.g_block_size[b]; ++r)
-            for (int k = 0; k < 6; ++k)
-                load[k] += lambda[r] * c.G[b][r][k];
-    }
-    for (int i = 0; i < c.n_constraint_rows; ++i)
-        y[i] = c.xepsilon[i] * x[i];
-    for (int b = 0; b < c.n_g_blocks; ++b) {
-        const KitReal* load = loads.data() + 6 * c.g_bodies_idx[b];
-        KitReal* out = y + c.g_block_first_row[b];
-        for (int r = 0; r < c.g_block_size[b]; ++r)
-            for (int k = 0; k < 6; ++k)
-                out[r] += c.GM[b][r][k] * load[k];
-    }
-}
 
 const DynsSkyline& bvbCholRRT::Storage::naturalFactor() const {
     if (!naturalStands) {
@@ -142,7 +119,7 @@ void bvbCholRRT::multiply(const KitReal* x, KitReal* y) {
     if (mStorage->rows == nullptr)
         mStorage->naturalFactor().multiply(x, y);
     else
-        mStorage->multiply(x, y);
+        mStorage->product.multiply(*mStorage->rows, x, y);
 }
 
 void bvbCholRRT::solve(KitReal* x, int) {
@@ -199,7 +176,9 @@ double bvbCholRRT::freeRowsFlops(const int* index_set) const {
     const Storage& s = *mStorage;
     if (s.rows == nullptr)
         return LCPMatrix::freeRowsFlops(index_set);
-    return DynsFrontalFactor::cost(s.graph, s.tree, *s.rows, index_set).flops;
+    const DynsFrontalFactor::Cost cost =
+        DynsFrontalFactor::cost(s.graph, s.tree, *s.rows, index_set);
+    return cost.flops + 4 * cost.entries;
 }
 
 bool bvbCholRRT::solveFreeRows(const int* index_set, const KitReal* b, KitReal* z, KitReal* w) {
@@ -207,17 +186,6 @@ bool bvbCholRRT::solveFreeRows(const int* index_set, const KitReal* b, KitReal* 
     if (s.rows == nullptr)
         return false;
     s.freeRows.factor(*s.rows, s.graph, s.tree, index_set);
-    for (int i = 0; i < n; ++i)
-        if (index_set[i] == kDynsIndexFree)
-            z[i] = 0;
-    s.work.resize(static_cast<std::size_t>(n));
-    s.multiply(z, s.work.data());
-    for (int i = 0; i < n; ++i)
-        if (index_set[i] == kDynsIndexFree)
-            z[i] = b[i] - s.work[static_cast<std::size_t>(i)];
-    s.freeRows.solve(z);
-    s.multiply(z, w);
-    for (int i = 0; i < n; ++i)
-        w[i] = index_set[i] == kDynsIndexFree ? 0 : w[i] - b[i];
+    s.product.solveFreeRows(*s.rows, index_set, b, z, w, [&s](KitReal* x) { s.freeRows.solve(x); });
     return true;
 }

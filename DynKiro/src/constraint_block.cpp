@@ -24,15 +24,22 @@ void DynsAddBlockProduct(const DynsConstraints& c, int i, int j, KitReal* A, int
         }
 }
 
+void DynsAddOwnProducts(const DynsConstraints& c, int constraint, KitReal* A, int ld) noexcept {
+    const int first = c.constraint_first_block[constraint];
+    const int end = first + c.constraint_n_blocks[constraint];
+    for (int i = first; i < end; ++i)
+        for (int j = first; j < end; ++j)
+            if (c.g_bodies_idx[i] == c.g_bodies_idx[j])
+                DynsAddBlockProduct(c, i, j, A, ld);
+}
+
 void DynsBuildConstraintBlock(const DynsConstraints& c, int constraint, int rows,
                               KitReal* A) noexcept {
     std::fill(A, A + rows * rows, 0.0);
     const int row = DynsConstraintFirstRow(c, constraint);
     for (int i = 0; i < rows; ++i)
         A[i * rows + i] = c.xepsilon[row + i];
-    const int first = c.constraint_first_block[constraint];
-    for (int b = first; b < first + c.constraint_n_blocks[constraint]; ++b)
-        DynsAddBlockProduct(c, b, b, A, rows);
+    DynsAddOwnProducts(c, constraint, A, rows);
     for (int i = 0; i < rows; ++i) // rounding differs on the two sides of the diagonal
         for (int j = 0; j < i; ++j)
             A[j * rows + i] = A[i * rows + j];

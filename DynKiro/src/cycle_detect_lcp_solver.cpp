@@ -2,6 +2,7 @@
 
 #include "dense_ldl.h"
 #include "index_set_hash.h"
+#include "pool_array.h"
 
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/DynsParameters.h>
@@ -10,22 +11,22 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
-#include <cstring>
+#include <limits>
 #include <span>
 
 namespace {
 
 /// Passes in single mode, after a cycle, before the block mode comes back.
 constexpr int kSinglePassesAfterCycle = 5;
-/// Most tight rows for which columns of the inverse are made, where the matrix has another road.
-/// Bounds the memory of a solve: columns are dense.
-constexpr int kMaxTightColumns = 256;
+/// Most columns of the inverse that are made, where the matrix has another road. Bounds the memory of
+/// a factor: columns are dense.
+constexpr int kMaxColumns = 256;
 
 template <typename T>
 T* take(KitMemoryPool* pool, int count, const char* name) {
-    const std::size_t padded = (static_cast<std::size_t>(count) + 3U) & ~std::size_t{3};
-    return static_cast<T*>(pool->create_aligned((padded == 0 ? 4 : padded) * sizeof(T), 64, name));
+    return takePoolArray<T>(pool, std::max(count + 3, 4) & ~3, name);
 }
 
 /// The index sets seen since the table was last emptied, by hash.
@@ -69,7 +70,7 @@ struct Problem {
     KitReal* z0 = nullptr; ///< A^-1 b; made when first wanted
     int* tight = nullptr;
     int tightCount = 0;
-    KitReal* mjj = nullptr; ///< inverse of A restricted to the tight rows
+    KitReal* mjj = nullptr; ///< inverse of A restricted to the tight rows, lower triangle
     KitReal* qjj = nullptr;
     int denseCapacity = 0;
 
@@ -117,7 +118,7 @@ void solveOverTightRows(Problem& p) {
     reserveDense(p, t);
     for (int k = 0; k < t; ++k) {
         const KitReal* column = p.m->inverseColumn(p.tight[k]);
-        for (int l = 0; l < t; ++l)
+        for (int l = 0; l <= k; ++l)
             p.mjj[k * t + l] = column[p.tight[l]];
         p.qjj[k] = p.boundOf(p.tight[k]) - z0[p.tight[k]];
     }
@@ -132,23 +133,23 @@ void solveOverTightRows(Problem& p) {
     }
 }
 
-/// Operations of the road over the tight rows; columns that exist already cost nothing.
+/// Operations of the road over the tight rows; columns that exist already cost nothing. Infinite where
+/// there would be too many of them.
 double tightRoadFlops(const Problem& p) {
-    const double t = p.tightCount, n = p.n;
-    double flops = t * t * t / 3 + 2 * t * n + p.m->pendingFactorFlops();
-    if (p.z0 == nullptr)
-        flops += p.m->solveFlops();
+    const auto made = p.n - std::count(p.m->column_solved, p.m->column_solved + p.n, 0U);
+    std::ptrdiff_t missing = 0;
     for (int k = 0; k < p.tightCount; ++k)
-        if (p.m->column_solved[p.tight[k]] == 0)
-            flops += p.m->solveFlops();
-    return flops;
+        missing += p.m->column_solved[p.tight[k]] == 0;
+    if (made + missing > kMaxColumns)
+        return std::numeric_limits<double>::infinity();
+    const double t = p.tightCount, n = p.n;
+    const double solves = static_cast<double>(missing) + (p.z0 == nullptr ? 1 : 0);
+    return t * t * t / 3 + 2 * t * n + p.m->pendingFactorFlops() + solves * p.m->solveFlops();
 }
 
 void solvePass(Problem& p) {
     listTightRows(p);
-    const bool tightRoad =
-        p.tightCount == 0 ||
-        (p.tightCount <= kMaxTightColumns && tightRoadFlops(p) <= p.m->freeRowsFlops(p.index_set));
+    const bool tightRoad = p.tightCount == 0 || tightRoadFlops(p) < p.m->freeRowsFlops(p.index_set);
     for (int k = 0; k < p.tightCount; ++k)
         p.z[p.tight[k]] = p.boundOf(p.tight[k]);
     if (tightRoad || !p.m->solveFreeRows(p.index_set, p.b, p.z, p.w)) {

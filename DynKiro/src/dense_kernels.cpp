@@ -10,15 +10,10 @@
 
 namespace {
 
-using Tile = void (*)(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda,
-                      const KitReal* B, std::size_t ldb, int k, int columns);
-
-constexpr int kTileColumns = 4;
-
 /// Keeps a pivot of rounding size from giving an infinite factor, in the unit of L.
 constexpr KitReal kSmallestDiagonal = 1e-14;
 
-// A tile is eight rows by up to four columns, held in registers over the whole length k.
+// A tile is held in registers over the whole length k.
 void tilePortable(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda, const KitReal* B,
                   std::size_t ldb, int k, int columns) {
     for (int j = 0; j < columns; ++j) {
@@ -108,23 +103,23 @@ void tileAvx512(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda, 
 }
 #endif
 
-struct Variant {
-    Tile tile;
-    const char* name;
+struct Variants {
+    DynsKernelVariant list[3];
+    std::size_t count = 0;
+
+    Variants() noexcept {
+#if defined(__x86_64__)
+        __builtin_cpu_init();
+        if (__builtin_cpu_supports("avx512f"))
+            list[count++] = {tileAvx512, "avx512"};
+        if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
+            list[count++] = {tileAvx2, "avx2"};
+#endif
+        list[count++] = {tilePortable, "portable"};
+    }
 };
 
-Variant chooseVariant() noexcept {
-#if defined(__x86_64__)
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f"))
-        return {tileAvx512, "avx512"};
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
-        return {tileAvx2, "avx2"};
-#endif
-    return {tilePortable, "portable"};
-}
-
-const Variant kVariant = chooseVariant();
+const Variants kVariants;
 
 std::size_t at(int row, int column, int ld) noexcept {
     return static_cast<std::size_t>(column) * static_cast<std::size_t>(ld) +
@@ -156,11 +151,12 @@ void factorColumns(KitReal* panel, int ld, int rows, int first, int count,
 
 void DynsSubtractProduct(KitReal* C, int ldc, int m, int n, const KitReal* A, int lda,
                          const KitReal* B, int ldb, int k) noexcept {
-    for (int j = 0; j < n; j += kTileColumns)
+    const DynsTile tile = kVariants.list[0].tile;
+    for (int j = 0; j < n; j += kDynsTileColumns)
         for (int i = 0; i < m; i += kDynsPanelRows)
-            kVariant.tile(C + at(i, j, ldc), static_cast<std::size_t>(ldc), A + i,
-                          static_cast<std::size_t>(lda), B + j, static_cast<std::size_t>(ldb), k,
-                          std::min(kTileColumns, n - j));
+            tile(C + at(i, j, ldc), static_cast<std::size_t>(ldc), A + i,
+                 static_cast<std::size_t>(lda), B + j, static_cast<std::size_t>(ldb), k,
+                 std::min(kDynsTileColumns, n - j));
 }
 
 void DynsFactorPanel(KitReal* panel, int ld, int rows, int pivots,
@@ -177,13 +173,13 @@ void DynsFactorPanel(KitReal* panel, int ld, int rows, int pivots,
 
 void DynsSubtractSquare(KitReal* update, int ldu, int n, const KitReal* L21, int ld,
                         int k) noexcept {
-    for (int j = 0; j < n; j += kTileColumns) {
+    for (int j = 0; j < n; j += kDynsTileColumns) {
         const int start = j / kDynsPanelRows * kDynsPanelRows;
         DynsSubtractProduct(update + at(start, j, ldu), ldu, n - start,
-                            std::min(kTileColumns, n - j), L21 + start, ld, L21 + j, ld, k);
+                            std::min(kDynsTileColumns, n - j), L21 + start, ld, L21 + j, ld, k);
     }
 }
 
-const char* DynsKernelName() noexcept {
-    return kVariant.name;
+std::span<const DynsKernelVariant> DynsKernelVariants() noexcept {
+    return {kVariants.list, kVariants.count};
 }

@@ -1,11 +1,15 @@
 #pragma once
 #include <Kit/KitTypes.h>
 
+#include <cstddef>
+#include <span>
+
 /// Dense kernels of the factorisation. Matrices are column-major with leading dimensions that are
 /// multiples of kDynsPanelRows, and have that many entries of slack behind their last column: kernels
 /// work on whole groups of rows. The variant is chosen once per process by what the processor has.
 
 constexpr int kDynsPanelRows = 8;
+constexpr int kDynsTileColumns = 4;
 
 [[nodiscard]] constexpr int DynsPaddedRows(int rows) noexcept {
     return (rows + kDynsPanelRows - 1) / kDynsPanelRows * kDynsPanelRows;
@@ -26,5 +30,14 @@ void DynsFactorPanel(KitReal* panel, int ld, int rows, int pivots,
 void DynsSubtractSquare(KitReal* update, int ldu, int n, const KitReal* L21, int ld,
                         int k) noexcept;
 
-/// Name of the variant in use, for benchmarks: "portable", "avx2" or "avx512".
-[[nodiscard]] const char* DynsKernelName() noexcept;
+/// C -= A B^T on a tile of kDynsPanelRows rows and up to kDynsTileColumns columns.
+using DynsTile = void (*)(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda,
+                          const KitReal* B, std::size_t ldb, int k, int columns);
+
+struct DynsKernelVariant {
+    DynsTile tile;
+    const char* name; ///< "portable", "avx2" or "avx512"
+};
+
+/// The variants that this processor runs, the fastest first, which is the one in use.
+[[nodiscard]] std::span<const DynsKernelVariant> DynsKernelVariants() noexcept;

@@ -1,6 +1,7 @@
 #include <Dyns/itr_constraint_solver.h>
 
 #include "block_sweeps.h"
+#include "pool_array.h"
 
 #include <Dyns/DynsConstraintSolverRegistry.h>
 #include <Dyns/DynsConstraints.h>
@@ -26,9 +27,9 @@ void itr_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsP
     lcp_solver = smv_boxed_keller;
     b = B;
     nb = NB;
-    KitMemoryPool& pool = *p->memory_pool_handler;
-    void* place = pool.create_aligned(sizeof(DynsBlockSweeps), 64, "block sweeps");
-    mSweeps = new (place) DynsBlockSweeps(*c, nb, pool);
+    KitMemoryPool* pool = p->memory_pool_handler;
+    auto* place = takePoolArray<DynsBlockSweeps>(pool, 1, "block sweeps");
+    mSweeps = new (place) DynsBlockSweeps(*c, nb, *pool);
 }
 
 int itr_constraint_solver::solve() {
@@ -36,7 +37,7 @@ int itr_constraint_solver::solve() {
     KitReal previous = 1.0; // the first sweep is measured against 1
     bool done = false;
     int pass = 0;
-    while (!done && pass <= parameters.it_ct_solver_max_it) {
+    do {
         mSweeps->sweep();
         if (parameters.it_ct_solver_tol > 0) {
             const KitReal error = mSweeps->residual();
@@ -45,7 +46,7 @@ int itr_constraint_solver::solve() {
             previous = error;
         }
         ++pass;
-    }
+    } while (!done && pass <= parameters.it_ct_solver_max_it);
     return 0;
 }
 

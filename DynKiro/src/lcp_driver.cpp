@@ -1,6 +1,7 @@
 #include <Dyns/lcp.h>
 
 #include "block_sweeps.h"
+#include "pool_array.h"
 
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/DynsParameters.h>
@@ -30,15 +31,16 @@ struct SolveOnce {
     DynsConstraints* c;
     DynsParameters* p;
     lcp_solver_function_ptr solver;
-    bool converged = true;
+    bool failed = false; ///< some solve did not converge
 
     int operator()() {
         DynsLCPStatus status;
         const int passes = solver(m, c->lambda, c->rhs, c->lower, c->upper, c->index_set,
                                   &p->lcp_parameters, p->memory_pool_handler, &status);
-        converged = status.converged || p->lcp_parameters.max_iterations <= 0;
-        if (!converged)
+        if (!status.converged && p->lcp_parameters.max_iterations > 0) {
+            failed = true;
             sweepFromZero();
+        }
         return passes;
     }
 
@@ -75,13 +77,11 @@ int solveWithFrictionBounds(SolveOnce& solve) {
     const int n = c->n_constraint_rows;
     KitMemoryPool* pool = solve.p->memory_pool_handler;
     pool->push();
-    auto* last = static_cast<KitReal*>(
-        pool->create_aligned(static_cast<std::size_t>(n) * sizeof(KitReal), 64, "tmp"));
+    auto* last = takePoolArray<KitReal>(pool, n, "tmp");
     std::copy(c->lambda, c->lambda + n, last);
     KitReal error = 1 + parameters.scaled_box_tolerance;
     int count = 0, k = 0;
-    while (solve.converged && k < parameters.max_scaled_box_iterations &&
-           error > parameters.scaled_box_tolerance) {
+    while (k < parameters.max_scaled_box_iterations && error > parameters.scaled_box_tolerance) {
         ++k;
         parameters.warm_start = 1;
         scale_box_lcp_data(n, c->lambda, c->lower, c->upper, c->reference_normal,
@@ -125,7 +125,7 @@ int solve_lcp_system(LCPMatrix* m, DynsConstraints* c, DynsParameters* p,
     int count = solve();
     if (c->use_scaled_box_friction != 0)
         count += solveWithFrictionBounds(solve);
-    if (!solve.converged)
+    if (solve.failed)
         count = -std::max(std::abs(count), 1);
     for (int i = 0; i < c->n_constraint_rows; ++i) {
         const KitReal value = std::isfinite(c->lambda[i]) ? c->lambda[i] : 0;

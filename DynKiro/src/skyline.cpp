@@ -49,19 +49,39 @@ void DynsSkyline::build(const DynsConstraints& c) {
     layOut();
     for (int i = 0; i < n; ++i)
         row(i)[i] = c.xepsilon[i];
-    KitReal product[kDynsMaxConstraintRows * kDynsMaxConstraintRows];
-    for (int b = 0; b < c.n_g_blocks; ++b)
-        for (int j = c.g_blocks_heads[c.g_bodies_idx[b]]; j != -1 && j <= b;
-             j = c.g_blocks_next[j]) {
-            const int rows = c.g_block_size[b], columns = c.g_block_size[j];
-            std::fill(product, product + rows * columns, 0.0);
-            DynsAddBlockProduct(c, b, j, product, columns);
-            for (int a = 0; a < rows; ++a) {
-                const int i = c.g_block_first_row[b] + a;
-                for (int e = 0; e < columns && c.g_block_first_row[j] + e <= i; ++e)
-                    row(i)[c.g_block_first_row[j] + e] += product[a * columns + e];
+    for (int k = 0; k < c.n_constraints; ++k) {
+        const int firstBlock = c.constraint_first_block[k];
+        const int first = DynsConstraintFirstRow(c, k), rows = DynsConstraintRows(c, k);
+        KitReal product[kDynsMaxConstraintRows * kDynsMaxConstraintRows] = {};
+        DynsAddOwnProducts(c, k, product, rows);
+        addLower(product, first, rows, first, rows);
+        for (int b = firstBlock; b < firstBlock + c.constraint_n_blocks[k]; ++b)
+            for (int j = c.g_blocks_heads[c.g_bodies_idx[b]]; j < firstBlock;
+                 j = c.g_blocks_next[j]) {
+                const int columns = c.g_block_size[j];
+                std::fill(product, product + rows * columns, 0.0);
+                DynsAddBlockProduct(c, b, j, product, columns);
+                addLower(product, first, rows, c.g_block_first_row[j], columns);
             }
-        }
+    }
+}
+
+/// Adds what is not right of the diagonal of a row-major block at (firstRow, firstColumn).
+void DynsSkyline::addLower(const KitReal* block, int firstRow, int rows, int firstColumn,
+                           int columns) {
+    for (int i = firstRow; i < firstRow + rows; ++i, block += columns)
+        for (int e = 0; e < columns && firstColumn + e <= i; ++e)
+            row(i)[firstColumn + e] += block[e];
+}
+
+void DynsSkyline::fixRows(const int* index_set) {
+    for (int i = 0; i < size(); ++i) {
+        for (int k = mMinColumn[index(i)]; k < i; ++k)
+            if (index_set[i] != kDynsIndexFree || index_set[k] != kDynsIndexFree)
+                row(i)[k] = 0;
+        if (index_set[i] != kDynsIndexFree)
+            row(i)[i] = 1;
+    }
 }
 
 KitReal DynsSkyline::get(int i, int j) const {

@@ -20,6 +20,8 @@ public:
     void reset(int n);
     /// A = J M^-1 J^T + diag(xepsilon), in the order of the rows.
     void build(const DynsConstraints& c);
+    /// Makes the rows that are not free (index 0), and their columns, those of the unit matrix.
+    void fixRows(const int* index_set);
     void factor(DynsBadPivot badPivot);
 
     [[nodiscard]] int size() const { return static_cast<int>(mMinColumn.size()); }
@@ -44,6 +46,7 @@ private:
         return mEntries.data() + mStart[index(i)] - mMinColumn[index(i)];
     }
     void layOut();
+    void addLower(const KitReal* block, int firstRow, int rows, int firstColumn, int columns);
 
     KitAlignedVector<int> mMinColumn;
     KitAlignedVector<std::ptrdiff_t> mStart; ///< first entry of each row

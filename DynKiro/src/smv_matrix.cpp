@@ -51,11 +51,15 @@ void smv_matrix::calcJinvMJT(DynsConstraints* c) {
     reset_sparse_maps();
     for (int i = 0; i < n; ++i)
         M[i * n + i] = c->xepsilon[i];
-    for (int i = 0; i < c->n_g_blocks; ++i)
-        for (int j = c->g_blocks_heads[c->g_bodies_idx[i]]; j != -1 && j <= i;
-             j = c->g_blocks_next[j])
-            DynsAddBlockProduct(*c, i, j, M + c->g_block_first_row[i] * n + c->g_block_first_row[j],
-                                n);
+    for (int k = 0; k < c->n_constraints; ++k) {
+        const int firstBlock = c->constraint_first_block[k];
+        KitReal* rows = M + DynsConstraintFirstRow(*c, k) * n;
+        DynsAddOwnProducts(*c, k, rows + DynsConstraintFirstRow(*c, k), n);
+        for (int b = firstBlock; b < firstBlock + c->constraint_n_blocks[k]; ++b)
+            for (int j = c->g_blocks_heads[c->g_bodies_idx[b]]; j < firstBlock;
+                 j = c->g_blocks_next[j])
+                DynsAddBlockProduct(*c, b, j, rows + c->g_block_first_row[j], n);
+    }
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < i; ++j)
             M[j * n + i] = M[i * n + j];

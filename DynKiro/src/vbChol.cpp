@@ -2,6 +2,7 @@
 
 #include "column_cache.h"
 #include "dense_ldl.h"
+#include "row_product.h"
 #include "skyline.h"
 
 #include <Dyns/DynsConstraints.h>
@@ -9,7 +10,10 @@
 #include <algorithm>
 
 struct vbChol::Storage {
-    DynsSkyline matrix; ///< A, then L in place
+    DynsSkyline matrix;                    ///< A, then L in place
+    const DynsConstraints* rows = nullptr; ///< what A was built from; null if set by elements
+    DynsSkyline freeRows;
+    DynsRowProduct product;
     DynsColumnCache columns;
     KitAlignedVector<unsigned> columnSolved;
 };
@@ -36,12 +40,14 @@ void vbChol::reset_sparse_maps() {
         return;
     std::fill(column_solved, column_solved + n, 0U);
     mStorage->columns.reset(n, static_cast<std::size_t>(ild));
+    mStorage->rows = nullptr;
     mStorage->matrix.reset(n);
     flags |= kLCPMatrixMapsReset;
 }
 
 KitReal vbChol::setElement(int i, int j, KitReal value) {
     reset_sparse_maps();
+    mStorage->rows = nullptr;
     mStorage->matrix.set(i, j, value);
     return value;
 }
@@ -56,6 +62,7 @@ KitReal vbChol::getElementFactor(int i, int j) const {
 
 void vbChol::calcJinvMJT(DynsConstraints* c) {
     reset_sparse_maps();
+    mStorage->rows = c;
     mStorage->matrix.build(*c);
 }
 
@@ -104,6 +111,17 @@ const KitReal* vbChol::inverseColumn(int j) {
 
 double vbChol::solveFlops() const {
     return 4.0 * static_cast<double>(mStorage->matrix.entries());
+}
+
+bool vbChol::solveFreeRows(const int* index_set, const KitReal* b, KitReal* z, KitReal* w) {
+    Storage& s = *mStorage;
+    if (s.rows == nullptr)
+        return false;
+    s.freeRows.build(*s.rows);
+    s.freeRows.fixRows(index_set);
+    s.freeRows.factor(DynsBadPivot::kReplace);
+    s.product.solveFreeRows(*s.rows, index_set, b, z, w, [&s](KitReal* x) { s.freeRows.solve(x); });
+    return true;
 }
 
 int vbChol::min_col(int row) const {

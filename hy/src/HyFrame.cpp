@@ -139,6 +139,12 @@ void HyFrame::crash() {
 
 // Memory tracking.
 
+void HyFrame::setEnableMemoryTracking(bool on) {
+    mEnableMemoryTracking = on;
+    if (!on)
+        mHyBaseList.clear();
+}
+
 void HyFrame::addHyBaseInstance(HyBase* object) {
     if (mEnableMemoryTracking)
         mHyBaseList.insert(object);

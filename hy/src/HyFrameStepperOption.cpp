@@ -99,7 +99,8 @@ void HyFrameStepperOption::setVerbose(bool on) {
         return;
     mVerbose = on;
     for (CheckSubscriber* check : mCheckSubscriberArray)
-        check->setPrintOutput(on);
+        if (check) // the array is the user's too
+            check->setPrintOutput(on);
 }
 
 // A check may take itself or others out, which are then skipped; one added meanwhile waits for the

@@ -149,7 +149,14 @@ void HyPart::wakeDynamics(bool awake) {
     if (mInternalControl == kControlAnimated)
         DynBodyEnableConnectedBodies(mDynBodyID);
     else if (isDynamic() && awake != DynBodyIsEnabled(mDynBodyID))
-        awake ? DynBodyEnable(mDynBodyID) : DynBodyDisable(mDynBodyID);
+        awake ? DynBodyEnable(mDynBodyID) : putToSleep();
+}
+
+// A step visits what is awake: a load that waits on the part would outlast the step that it is for.
+void HyPart::putToSleep() {
+    DynBodyDisable(mDynBodyID);
+    if (mUniverse && !(getForce().isZero() && getTorque().isZero()))
+        mUniverse->partNeedsPostStep(this);
 }
 
 bool HyPart::isDynamicsAwake() const {

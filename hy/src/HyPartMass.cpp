@@ -13,9 +13,28 @@ namespace {
 
 constexpr HyReal kUnitTensor[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
 
+// The solver works with the inverse.
+bool isMass(HyReal mass) {
+    return mass > 0 && std::isfinite(mass) && std::isfinite(1 / mass);
+}
+
 bool isFit(const HyMassProperties& properties) {
-    return properties.getMass() > 0 &&
+    return isMass(properties.getMass()) &&
            DynBodyIsValidInertiaTensor(properties.getInertiaTensorLocal());
+}
+
+// The same body in another density. What has no mass yet gets a unit tensor.
+HyMassProperties scaledTo(HyReal mass, HyMassProperties properties) {
+    if (!isMass(mass) || mass == properties.getMass())
+        return properties;
+    HyReal oldMass = properties.getMass();
+    if (oldMass == 0) {
+        properties.setInertiaTensorLocal(kUnitTensor);
+        oldMass = 1;
+    }
+    properties.scaleInertiaTensor(mass / oldMass);
+    properties.setMass(mass);
+    return properties;
 }
 
 } // namespace
@@ -77,28 +96,22 @@ void HyPart::giveDefaultMass() {
 void HyPart::setMass(HyReal mass) {
     if (mControlType != kControlDynamic)
         return;
-    if (!(mass > 0) || !std::isfinite(mass)) {
+    const HyReal oldMass = getMass();
+    const HyMassProperties changed = scaledTo(mass, mMassProperties);
+    const bool staysFit = isFit(changed) || (oldMass > 0 && !isFit(mMassProperties));
+    if (!isMass(mass) || !staysFit) {
         HyWarning(0, "HyPart::setMass: mass must be larger than 0.\n");
         return;
     }
     mMassLocked = true;
-    if (mass == getMass())
-        return;
-    changeMassProperties([mass](HyMassProperties& properties) {
-        HyReal oldMass = properties.getMass();
-        if (oldMass == 0) {
-            properties.setInertiaTensorLocal(kUnitTensor);
-            oldMass = 1;
-        }
-        properties.scaleInertiaTensor(mass / oldMass);
-        properties.setMass(mass);
-    });
+    if (mass != oldMass)
+        changeMassProperties([&](HyMassProperties& own) { own.copy(changed); });
 }
 
 void HyPart::setMassAndInertia(HyReal mass, const HyReal inertia[3][3]) {
     if (mControlType != kControlDynamic)
         return;
-    if (!(mass > 0) || !std::isfinite(mass) || !DynBodyIsValidInertiaTensor(inertia)) {
+    if (!isMass(mass) || !DynBodyIsValidInertiaTensor(inertia)) {
         HyWarning(0, "HyPart::setMassAndInertia: mass must be larger than 0, inertia positive "
                      "definite.\n");
         return;
@@ -114,8 +127,8 @@ void HyPart::setMassFromPart(const HyPart* other) {
     if (!other || other == this || mControlType != kControlDynamic ||
         other->mControlType != kControlDynamic)
         return;
-    changeMassProperties(
-        [other](HyMassProperties& properties) { properties.copy(other->mMassProperties); });
+    if (!takeMassProperties(other->mMassProperties, "setMassFromPart"))
+        return;
     mMassLocked = other->mMassLocked;
     mCOMLocked = other->mCOMLocked;
     mInertiaLocked = other->mInertiaLocked;

@@ -52,7 +52,8 @@ void HyUniverse::tellOfAllContents(HyUniverseObserver& observer, bool added) {
 }
 
 // The member stands here before it leaves its other universe. If an observer there deletes it, its
-// place here is cleared by address, as it can be compared no more.
+// place here is cleared by address, as it can be compared no more. If one takes it elsewhere, it goes
+// there.
 template <typename T>
 bool HyUniverse::addMember(const MemberKind<T>& kind, T* member) {
     SortedVector<T*, HyCreationOrder>& members = this->*kind.members;
@@ -65,6 +66,10 @@ bool HyUniverse::addMember(const MemberKind<T>& kind, T* member) {
             if (each != member)
                 rest.insert(each);
         members.swap(rest);
+        return false;
+    }
+    if (member->getUniverse() || !members.contains(member)) {
+        members.erase(member);
         return false;
     }
     member->setUniverse(this);

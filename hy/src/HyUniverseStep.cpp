@@ -140,6 +140,11 @@ void HyUniverse::partNeedsPreStep(HyPart* part) {
         mPreStepParts.insert(part);
 }
 
+void HyUniverse::partNeedsPostStep(HyPart* part) {
+    if (part)
+        (mStepping ? mSteppedParts : mPreStepParts).insert(part);
+}
+
 void HyUniverse::partLeavesPreStep(HyPart* part) {
     mPreStepParts.erase(part);
     mSteppedParts.erase(part);

@@ -131,6 +131,33 @@ TEST_F(DynWorldContentsTest, NodesOfAConstraint) {
     EXPECT_EQ(first.world, nullptr);
 }
 
+TEST_F(DynWorldContentsTest, WalkOverABodysConstraintsSkipsTheRemoved) {
+    DynBody *a = t.addBody(), *b = t.addBody();
+    for (int i = 0; i < 6; ++i)
+        t.join({a, b, a});
+    TestWorld::disable(t.constraints[4]);
+    TestWorld::enable(t.constraints[4]); // the list goes by creation all the same
+    struct Walk {
+        TestWorld& world;
+        std::vector<std::uint64_t> met;
+    } walk{t, {}};
+    DynBodyForAllConstraints(
+        a,
+        [](DynBaseConstraint* c, void* data) {
+            auto& [world, met] = *static_cast<Walk*>(data);
+            met.push_back(c->serial);
+            if (c->serial == 5) { // the next one, the one behind it, and one already met
+                for (const std::size_t i : {3U, 2U, 5U})
+                    TestWorld::disable(world.constraints[i]);
+                world.join({world.bodies[0], nullptr});
+            }
+            if (c->serial == 2)
+                TestWorld::disable(*c);
+        },
+        &walk);
+    EXPECT_EQ(walk.met, (std::vector<std::uint64_t>{6, 5, 2, 1}));
+}
+
 TEST_F(DynWorldContentsTest, KinematicConstraintsMoveOnceEach) {
     DynBody* body = t.addBody();
     for (int i = 0; i < 12; ++i) {

@@ -157,6 +157,48 @@ TEST_F(DynWorldStepTest, ConstraintWithoutRowsReportsNoForce) {
     EXPECT_EQ(t.world->partitionOutput.constraintsSize[0], 1);
 }
 
+TEST_F(DynWorldStepTest, ConstraintWhoseRowsWereDroppedTakesNoOthersResult) {
+    DynBody *a = t.addBody(), *b = t.addBody();
+    setVelocity(a, 4);
+    DynBaseConstraint& honest = t.join({a, b});
+    DynBaseConstraint& dropped = t.join({a, b}); // built first
+    dropped.bclFunction = [](DynsConstraints*, DynBaseConstraint*,
+                             const DyncConstraintParameters*) { return 3; };
+    t.step();
+    EXPECT_NEAR(honest.resultForce[0][0], -2 / kStep, 1e-5);
+    EXPECT_EQ(dropped.resultForce[0][0], 0);
+    EXPECT_EQ(dropped.bclH.lambda[0], kDynLambdaEnd);
+}
+
+// A number of a partition is used again where its bodies fall asleep; they must not pass for bodies of
+// the partition that takes it.
+TEST_F(DynWorldStepTest, SleepersLeaveTheirPlaces) {
+    DynBody *strong = t.addBody(0), *mover = t.addBody(1);
+    DynGroupingGet(t.world, 0)->strength = 1;
+    t.join({mover, strong});
+    DynBodySetEnabledTime(strong, 100);
+    setVelocity(mover, 4);
+    t.step();
+    EXPECT_FALSE(DynBodyIsEnabled(strong)); // in partition 0, which then is the mover's
+    EXPECT_EQ(mover->partitionIndex, 0);
+    EXPECT_NEAR(mover->kiroBody.vel[0], 0, 1e-8); // held as by a wall
+    EXPECT_EQ(strong->kiroBody.cf[0], 0);
+
+    TestWorld single;
+    DynBody *awake = single.addBody(), *asleep = single.addBody();
+    single.join({awake, asleep});
+    single.step(); // both have a place in partition 0
+    DynWorldSetPartitioner(
+        single.world, [](DynBody* list, DynPartitionOutput* output, const DynPartitionParameters*) {
+            DynMakeSinglePartition(list, output, nullptr);
+        });
+    DynBodyDisable(asleep);
+    setVelocity(awake, 4);
+    single.step();
+    EXPECT_NEAR(awake->kiroBody.vel[0], 0, 1e-8);
+    EXPECT_EQ(asleep->kiroBody.cf[0], 0);
+}
+
 TEST_F(DynWorldStepTest, WeaknessOfOneFrameEnds) {
     DynBody *a = t.addBody(), *b = t.addBody();
     DynBaseConstraint &once = t.join({a, b}), &always = t.join({a, b});
@@ -454,6 +496,23 @@ TEST_F(DynWorldStepTest, BodyForcesActBetweenPartitioningAndPacking) {
     DynBodyForceEnable(force);
     t.step(0.5);
     EXPECT_NEAR(body->kiroBody.vel[0], 1.5, 1e-12);
+}
+
+TEST_F(DynWorldStepTest, BodyThatABodyForcePutsToSleepStaysAsleep) {
+    setGravity(10);
+    DynBody *body = t.addBody(), *other = t.addBody();
+    t.join({body, other});
+    DynBodyForce* force = DynBodyForceCreate(t.world);
+    DynBodyForceSetBodies(force, body, nullptr, nullptr);
+    DynBodyForceConfig config;
+    config.update = [](DynBodyForce* f) { DynBodyDisable(DynBodyForceGetBody(f, 0)); };
+    DynBodyForceSetConfig(force, config);
+    DynBodyForceEnable(force);
+    t.step();
+    EXPECT_FALSE(DynBodyIsEnabled(body));
+    EXPECT_EQ(body->kiroBody.force[2], 0);
+    EXPECT_EQ(body->bodyTM[3][2], 0);
+    EXPECT_NEAR(other->kiroBody.vel[2], 0, 1e-9); // it does not move, so it holds the other
 }
 
 TEST_F(DynWorldStepTest, CallsDuringAStepAreRefused) {

@@ -54,13 +54,17 @@ public:
             c.bclH.r[i] = &body->kiroBody.tm;
         }
         DynWorldInsertConstraint(world, &c);
-        DynConstraintEnabledListInsert(&c);
-        for (int i = 0; i < c.bclH.n_bodies; ++i)
-            KitCListNodeInsert(&c, i);
+        enable(c);
         return c;
     }
 
-    void disable(DynBaseConstraint& c) {
+    static void enable(DynBaseConstraint& c) {
+        DynConstraintEnabledListInsert(&c);
+        for (int i = 0; i < c.bclH.n_bodies; ++i)
+            KitCListNodeInsert(&c, i);
+    }
+
+    static void disable(DynBaseConstraint& c) {
         for (int i = 0; i < c.bclH.n_bodies; ++i)
             KitCListNodeRemove(&c, i);
         DynConstraintEnabledListRemove(&c);

@@ -117,6 +117,15 @@ TEST_F(CoordinateTest, MotorSlowsDownBeforeAStopAndNeverTurnsBack) {
     limit().motor_desired_vel = -3; // away from it
     rows();
     EXPECT_EQ(f.rows->v0[5], -3);
+    limit().limit[1].compliance = kKitInfinity; // no stop at all: the motor alone
+    limit().motor_desired_vel = 3;
+    rows();
+    EXPECT_EQ(f.rows->v0[5], 3);
+    EXPECT_EQ(f.rows->lower[5], -5);
+    limit().currentControlState = kDynConstraintControlFree;
+    rows();
+    EXPECT_EQ(f.rows->lower[5], 0);
+    EXPECT_EQ(f.rows->upper[5], 0);
 }
 
 TEST_F(CoordinateTest, MotorTurnsIntoALockWhenItPassesTheTarget) {
@@ -146,7 +155,8 @@ TEST(SoftnessTest, IsTheImplicitSpring) {
         // (1 + epsilon) force = rhs, rhs = -gamma x / h^2 - v / h, as of a row J = 1
         EXPECT_NEAR((-gamma * x / (h * h) - v / h) / (1 + epsilon), force, 1e-9 * std::abs(force));
     }
-    EXPECT_EQ(DyncSoftnessFromCompliance(0, 0, h).gamma, 1); // rigid
+    EXPECT_EQ(DyncSoftnessFromCompliance(0, 0, h).gamma, 1);      // rigid
+    EXPECT_EQ(DyncSoftnessFromCompliance(1e-310, 0, h).gamma, 1); // 1/compliance is beyond numbers
     EXPECT_EQ(DyncSoftnessFromCompliance(0, kKitInfinity, h).gamma, 0);
     EXPECT_FALSE(DyncSoftnessFromCompliance(kKitInfinity, 0, h).acts);
 }

@@ -202,6 +202,23 @@ TEST(JointRowsTest, KinematicBodyBecomesATargetSpeed) {
         }
 }
 
+// Without a body that the partition moves nothing is pushed, and none is reported; a frozen one rests.
+TEST(JointRowsTest, RowsOfNoKnownBodyAreNotReported) {
+    JointFixture f(22);
+    const auto joint = f.make<DynHinge>(kDynTagHinge, 13, 0.1, 0.1);
+    joint->limits = joint->limit;
+    DyncConstraintHeader& head = joint->bclH;
+    head.strongestSolverBody = head.b[0];
+    head.velocity[0] = nullptr;
+    EXPECT_EQ(f.build(DyncAddHinge, *joint), 5);
+    EXPECT_EQ(f.rows->v0[0], 0);
+    f.body[1].localPartition = 7; // of another partition
+    EXPECT_EQ(f.build(DyncAddHinge, *joint), 0);
+    EXPECT_EQ(f.rows->n_constraints, 0);
+    head.b[1] = nullptr;
+    EXPECT_EQ(f.build(DyncAddHinge, *joint), 0);
+}
+
 TEST(JointRowsTest, FastSpinKeepsTheSpinOutOfTheRows) {
     for (const int fast : {0, 1}) {
         JointFixture f(31);

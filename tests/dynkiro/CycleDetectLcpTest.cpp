@@ -1,4 +1,5 @@
-#include "LcpOracle.h"
+#include "../../DynKiro/src/index_set_hash.h"
+#include "PivotReference.h"
 
 #include <Dyns/DynsParameters.h>
 #include <Dyns/lcp.h>
@@ -55,6 +56,64 @@ TEST_F(CycleDetectLcpTest, MatchesTheConditionsOnRandomProblems) {
         EXPECT_LT(p.residual(z), 1e-7) << trial;
     }
     EXPECT_GT(converged, 390);
+}
+
+TEST(IndexSetHashTest, IsThePublishedOneOfTheBytes) {
+    std::mt19937 random(8);
+    for (std::size_t n = 0; n < 40; ++n) {
+        std::vector<int> set(n);
+        for (int& entry : set)
+            entry = n % 2 == 0 ? 2 * static_cast<int>(random() % 3) : static_cast<int>(random());
+        const auto* bytes = reinterpret_cast<const unsigned char*>(set.data());
+        EXPECT_EQ(DynsIndexSetHash(set), lookup2(bytes, static_cast<std::uint32_t>(4 * n), 0)) << n;
+    }
+}
+
+// Index sets, counts of passes and points against the method step by step, on problems that go
+// through all of its turns: cycles, single mode by cycle and by count, the way back, giving up.
+TEST_F(CycleDetectLcpTest, TakesTheStepsOfTheMethod) {
+    constexpr unsigned kSeed = 12;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    struct Settings {
+        int iterations, blockIterations, detection;
+    };
+    int cycles = 0, giveUps = 0, returns = 0, unconverged = 0;
+    for (const Settings& s : {Settings{35, 20, 1}, Settings{60, 1000, 1}, Settings{40, 0, 1},
+                              Settings{8, 3, 1}, Settings{50, 4, 0}, Settings{30, -5, 1}})
+        for (int trial = 0; trial < 500; ++trial) {
+            BoxedLcp p = randomLcp(random, 3 + trial % 12, 5, 1e-3);
+            if (trial % 2 == 0) {
+                p.lower.setZero();
+                p.upper.setConstant(kInf);
+            }
+            if (trial % 3 == 0)
+                p.lower[1] = p.upper[1] = 0;
+            parameters.tolerance = 1e-8;
+            parameters.max_iterations = s.iterations;
+            parameters.max_block_iterations = s.blockIterations;
+            parameters.cycle_detection = s.detection;
+            PivotReference reference(p, parameters);
+            const int passes = reference.solve();
+            ASSERT_EQ(solve(p), passes) << trial;
+            ASSERT_EQ(index, reference.index) << trial;
+            ASSERT_EQ(status.converged, reference.converged) << trial;
+            ASSERT_LT((z - reference.z).norm(), 1e-6 * (1 + reference.z.norm())) << trial;
+            cycles += reference.cycles;
+            giveUps += reference.giveUps;
+            returns += reference.returns;
+            unconverged += !reference.converged;
+            parameters.warm_start = 1; // from a set of another right-hand side
+            p.b *= 0.9;
+            PivotReference again(p, parameters);
+            again.index = reference.index;
+            const int morePasses = again.solve();
+            ASSERT_EQ(solve(p), morePasses) << trial;
+            ASSERT_EQ(index, again.index) << trial;
+            parameters.warm_start = 0;
+        }
+    for (const int turn : {cycles, giveUps, returns, unconverged})
+        EXPECT_GT(turn, 10) << "a turn that the test does not see";
 }
 
 TEST_F(CycleDetectLcpTest, CountsPasses) {

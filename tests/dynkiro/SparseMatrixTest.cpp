@@ -4,6 +4,7 @@
 #include <Dyns/DynsParameters.h>
 #include <Dyns/bvbCholRRT.h>
 #include <Dyns/lcp.h>
+#include <Dyns/smv_matrix.h>
 #include <Dyns/vbChol.h>
 #include <Kit/KitMemoryPool.h>
 
@@ -12,13 +13,6 @@
 #include <cmath>
 
 namespace {
-
-std::vector<RandomPartition::Joint> hub(int count) {
-    std::vector<RandomPartition::Joint> joints;
-    for (int i = 1; i <= count; ++i)
-        joints.push_back({0, i, 1 + i % 5});
-    return joints;
-}
 
 struct Graph {
     const char* name;
@@ -31,11 +25,13 @@ std::vector<Graph> graphs(std::mt19937_64& random) {
     list.push_back({"one row", 1, {{0, 0, 1}}});
     list.push_back({"chain", 30, RandomPartition::chain(30, 5)});
     list.push_back({"tree", 31, RandomPartition::binaryTree(31, 3)});
-    list.push_back({"hub", 25, hub(24)});
+    list.push_back({"hub", 25, RandomPartition::hub(24, 3)});
     list.push_back({"islands", 4, {{0, 1, 3}, {2, 3, 4}, {0, 0, 2}, {3, 3, 1}}});
     list.push_back({"loops", 12, RandomPartition::anyGraph(random, 12, 40)});
     list.push_back({"dense", 4, RandomPartition::anyGraph(random, 4, 25)});
     list.push_back({"sparse", 60, RandomPartition::anyGraph(random, 60, 70)});
+    list.push_back({"hyperedges", 40, RandomPartition::anyHypergraph(random, 40, 25)});
+    list.push_back({"dense hyperedges", 9, RandomPartition::anyHypergraph(random, 9, 30)});
     return list;
 }
 
@@ -44,16 +40,19 @@ Eigen::VectorXd randomVector(std::mt19937_64& random, int n) {
     return Eigen::VectorXd::NullaryExpr(n, [&] { return gauss(random); });
 }
 
-template <typename Matrix>
-void expectSolvesLikeDense(Matrix& m, RandomPartition& p) {
+void expectElements(LCPMatrix& m, RandomPartition& p) {
+    const Eigen::MatrixXd A = p.dense();
+    m.allocate(p.size());
+    m.calcJinvMJT(p.rows);
+    for (int i = 0; i < p.size(); ++i)
+        for (int j = 0; j < p.size(); ++j)
+            ASSERT_NEAR(m.getElement(i, j), A(i, j), 1e-12 * A.norm());
+}
+
+void expectSolvesLikeDense(LCPMatrix& m, RandomPartition& p) {
     const int n = p.size();
     const Eigen::MatrixXd A = p.dense();
-    const double rounding = 1e-12 * A.norm();
-    m.allocate(n);
-    m.calcJinvMJT(p.rows);
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j)
-            ASSERT_NEAR(m.getElement(i, j), A(i, j), rounding);
+    expectElements(m, p);
     m.factorize();
     std::mt19937_64 random(1);
     const Eigen::VectorXd b = randomVector(random, n);
@@ -93,18 +92,39 @@ TEST(SparseMatrixTest, SolvesLikeTheDenseMatrix) {
         expectSolvesLikeDense(sparse, p);
         RandomPartition again(random, graph.bodies, graph.joints); // same graph, other rows
         expectSolvesLikeDense(sparse, again);
+        if (p.size() <= smv_matrix::kMaxRows) {
+            smv_matrix small;
+            expectElements(small, p);
+        }
     }
+}
+
+// One body in several slots of a constraint adds the products of its blocks with each other.
+TEST(SparseMatrixTest, OneBodyInSeveralSlots) {
+    std::mt19937_64 random(35);
+    RandomPartition p(random, 3, {{0, 1, 4, {0, 1, 0}}, {1, 2, 2, {0, 2}}});
+    smv_matrix small;
+    expectElements(small, p);
+    smv_matrix block;
+    block.allocate(4);
+    block.calcJinvMJT(p.rows, 0);
+    const Eigen::MatrixXd A = p.dense();
+    for (int i = 0; i < 4; ++i)
+        for (int j = 0; j < 4; ++j)
+            EXPECT_NEAR(block.getElement(i, j), A(i, j), 1e-12 * A.norm());
 }
 
 TEST(SparseMatrixTest, FreeRowsMatchTheReducedSystem) {
     constexpr unsigned kSeed = 32;
     SCOPED_TRACE(kSeed);
     std::mt19937_64 random(kSeed);
-    bvbCholRRT m;
+    bvbCholRRT sparse;
+    vbChol skyline;
     for (const Graph& graph : graphs(random)) {
         SCOPED_TRACE(graph.name);
         RandomPartition p(random, graph.bodies, graph.joints);
         const int n = p.size();
+        LCPMatrix& m = random() % 3 == 0 ? static_cast<LCPMatrix&>(skyline) : sparse;
         m.allocate(n);
         m.calcJinvMJT(p.rows);
         m.factorize();
@@ -178,8 +198,7 @@ TEST(SparseMatrixTest, LcpOnBothMatricesIsTheSame) {
         SCOPED_TRACE(graph.name);
         RandomPartition p(random, graph.bodies, graph.joints);
         const int n = p.size();
-        BoxedLcp lcp = randomLcp(random, n, 1, 1);
-        lcp.A = p.dense();
+        const BoxedLcp lcp = p.lcp(random);
         Eigen::VectorXd result[2];
         int passes[2];
         vbChol skyline;

@@ -147,6 +147,11 @@ TEST_F(HyFrameTest, KnowsTheObjectsMadeWhileTracking) {
     EXPECT_FALSE(frame->isHyBaseValid(tracked));
     EXPECT_FALSE(frame->removeHyBaseInstance(before));
     delete before;
+
+    tracked = new RecordingStepper(log);
+    frame->setEnableMemoryTracking(false);
+    delete tracked;
+    EXPECT_FALSE(frame->isHyBaseValid(tracked)) << "whose end nobody has seen";
 }
 
 TEST_F(HyFrameTest, SmallSettings) {
@@ -197,6 +202,7 @@ TEST_F(HyFrameTest, StepperOptionKeepsModeAndActionsInStep) {
     EXPECT_EQ(option.getRecoverySubstepCount(), 10);
 
     Option::CheckSubscriber check;
+    option.getCheckSubscriberArray().push_back(nullptr);
     option.getCheckSubscriberArray().push_back(&check);
     option.setVerbose(true);
     EXPECT_TRUE(check.getPrintOutput());

@@ -364,6 +364,34 @@ TEST_F(HyPartTest, LoadsWakeDynamicPartsAlone) {
     expectNear(dynamic.getLinearVelocity(), {2, 6 * mStep / 2, 0});
 }
 
+// A load is for one step, also where the part is put to sleep before it has acted.
+TEST_F(HyPartTest, ALoadDoesNotOutlastItsStepInASleepingPart) {
+    struct Sleeper : HyUniverse::UpdateSubscriber {
+        HyPart* part = nullptr;
+        void update(HyUniverse*) override { part->wakeDynamics(false); }
+        void reset() override {}
+    };
+    for (const bool inStep : {false, true}) {
+        HyPart& part = addPart(1);
+        step();
+        part.addForce(HyVector3(6, 0, 0));
+        part.addTorque(HyVector3(0, 6, 0));
+        Sleeper sleeper;
+        sleeper.part = &part;
+        if (inStep)
+            mUniverse.addUpdateSubscriber(&sleeper);
+        else
+            part.wakeDynamics(false);
+        step();
+        mUniverse.removeUpdateSubscriber(&sleeper);
+        EXPECT_FALSE(part.isDynamicsAwake());
+        part.wakeDynamics(true);
+        step();
+        expectNear(part.getLinearVelocity(), {0, 0, 0}, 0);
+        expectNear(part.getAngularVelocity(), {0, 0, 0}, 0);
+    }
+}
+
 TEST_F(HyPartTest, SleepThresholdsInTheirOrder) {
     HyPart part(1);
     part.setAutoSleepThreshold(1, 2, 3, 4, 5);
@@ -380,6 +408,9 @@ TEST_F(HyPartTest, SleepThresholdsInTheirOrder) {
     int steps;
     HyPart::getDefaultAutoSleepParameters(v, a, w, alpha, steps);
     HyPart::setDefaultAutoSleepParameters(1, 2, 3, 4, 5);
+    MessageCapture messages;
+    HyPart::setDefaultAutoSleepParameters(9, 9, 9, 9, -1);
+    EXPECT_THAT(messages.take(), HasSubstr("alive_window"));
     HyPart other(1);
     HyPart::setDefaultAutoSleepParameters(v, a, w, alpha, steps);
     EXPECT_EQ(other.getAutoSleepLinearAccelerationThreshold(), 2);
@@ -420,6 +451,8 @@ TEST_F(HyPartTest, RefusesBadInput) {
         std::function<void(HyPart&)> call;
     };
     const HyVector3 bad(0, kNaN, 0), good(1, 1, 1);
+    HyPart none;
+    none.setControl(kDynamic);
     HyTransform badTM;
     badTM[1][1] = kInf;
     const HyReal flat[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 0}};
@@ -431,6 +464,9 @@ TEST_F(HyPartTest, RefusesBadInput) {
         {"velocity", [&](HyPart& p) { p.setLinearVelocity(bad); }},
         {"no mass", [](HyPart& p) { p.setMass(0); }},
         {"negative mass", [](HyPart& p) { p.setMass(-1); }},
+        {"mass with no inverse", [](HyPart& p) { p.setMass(1e-310); }},
+        {"mass with no inverse tensor", [](HyPart& p) { p.setMass(1e-150); }},
+        {"mass of a part that has none yet", [&](HyPart& p) { p.setMassFromPart(&none); }},
         {"mass of none", [](HyPart& p) { p.setMass(kNaN); }},
         {"flat tensor", [&](HyPart& p) { p.setMassAndInertia(1, flat); }},
         {"empty properties", [](HyPart& p) { p.setMassProperties(HyMassProperties()); }},

@@ -135,6 +135,24 @@ TEST_F(HyUniverseTest, ObserversMayLeaveAndDeleteWhatTheyAreToldOf) {
     EXPECT_EQ(log.take(), "b+2 a+2 b-2");
 }
 
+TEST_F(HyUniverseTest, AnObserverMayTakeAMovingPartElsewhere) {
+    HyUniverse second(2, 2, nullptr), third(2, 2, nullptr);
+    RecordingObserver observer(log);
+    HyPart* part = addPart("a");
+    universe->registerObserver(&observer, false);
+    observer.onCall = [&](HyPart* p) { third.addPart(p); };
+    EXPECT_FALSE(second.addPart(part));
+    EXPECT_TRUE(second.getParts().empty());
+    EXPECT_EQ(part->getUniverse(), &third);
+    EXPECT_TRUE(third.getParts().contains(part));
+
+    third.registerObserver(&observer, false);
+    observer.onCall = [&](HyPart* p) { second.removePart(p); };
+    EXPECT_FALSE(second.addPart(part));
+    EXPECT_EQ(part->getUniverse(), nullptr);
+    delete part;
+}
+
 TEST_F(HyUniverseTest, ObserversAreToldOfContentsOnRequest) {
     addPart("1");
     addPart("2");

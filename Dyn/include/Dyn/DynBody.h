@@ -248,7 +248,8 @@ HY_API void DynBodySetAutoDisableAliveWindow(DynBody* body, int steps);
 [[nodiscard]] HY_API KitReal DynBodyGetAutoDisableAngularAccelerationThreshold(const DynBody* body);
 [[nodiscard]] HY_API int DynBodyGetAutoDisableAliveWindow(const DynBody* body);
 
-/// Calls fn for each constraint of the body once, in list order; fn may disable or destroy it.
+/// Calls fn for each enabled constraint of the body once, the newest first. fn may disable and
+/// destroy any: the removed are skipped, and those made meanwhile are not visited.
 HY_API void DynBodyForAllConstraints(DynBody* body, void (*fn)(DynBaseConstraint*, void*),
                                      void* data);
 HY_API void DynBodyDisableConstraints(DynBody* body);

@@ -17,7 +17,8 @@ enum DynPartitionGrouping : int {
     kDynPartitionUserGrouping = 1, ///< islands cut at solver groups
 };
 
-/// Divides the bodies of the enabled list into partitions.
+/// Divides the bodies of the enabled list into partitions. It tells each body of a primary partition
+/// its place (partitionIndex, and partition_index, localPartition and localIndex of its kiroBody).
 using DynPartitionFn = void (*)(DynBody* enabledBodyList, DynPartitionOutput* output,
                                 const DynPartitionParameters* parameters);
 /// Called each time a primary partition, the last of the output, is closed. May take it off.

@@ -13,7 +13,8 @@ HY_API int DyncAddFriction(DynsInputRowFactors* factors, DyncRowBlock& G, int ro
 
 /// Gives each row its softness (its own, the relaxation of its equation, or the global one of its
 /// kind, which is a floor for all), turns bodies that act as kinematic into target speeds, and pushes
-/// the rows. Answers the rows pushed: 0 while another partition has still to build the constraint.
+/// the rows. Answers the rows pushed: 0 while another partition has still to build the constraint,
+/// and where no body of the partition takes part.
 HY_API int DyncEndConstraint(DynsConstraints* clist, DynBaseConstraint* constraint,
                              DynsInputRowFactors* factors, int rows,
                              const DyncConstraintParameters* params);

@@ -29,6 +29,9 @@ public:
     [[nodiscard]] const char* get_name() const override;
     [[nodiscard]] const KitReal* inverseColumn(int j) override;
     [[nodiscard]] double solveFlops() const override;
+    /// Taken where the tight rows are too many for columns of the inverse: freeRowsFlops() says that
+    /// it costs more than they.
+    bool solveFreeRows(const int* index_set, const KitReal* b, KitReal* z, KitReal* w) override;
 
     /// First stored column of a row.
     [[nodiscard]] int min_col(int row) const;

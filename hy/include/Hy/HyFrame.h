@@ -162,7 +162,8 @@ public:
 
     // Memory tracking: which objects are alive. Knows those made while it was on.
 
-    void setEnableMemoryTracking(bool on) { mEnableMemoryTracking = on; }
+    /// Off: all are forgotten, as their end would no longer be seen.
+    void setEnableMemoryTracking(bool on);
     [[nodiscard]] bool getEnableMemoryTracking() const { return mEnableMemoryTracking; }
     /// Called by each object as it begins; nothing unless tracking is on.
     void addHyBaseInstance(HyBase* object);

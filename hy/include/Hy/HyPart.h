@@ -295,6 +295,7 @@ private:
     void _updateControl();
     void _applyControl(EntityControlTypeEnum control);
     void _freeze(bool frozen);
+    void putToSleep();
     void leaveUniverse(HyUniverse& universe);
     void enterUniverse(HyUniverse& universe);
     void refreshTransform(const HyTransform& tm);

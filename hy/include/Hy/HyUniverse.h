@@ -226,6 +226,9 @@ public:
     void removeDynConstraint(DynBaseConstraint* record);
     /// The part wants HyPart::preStep() at the start of the next step; asked once for each step.
     void partNeedsPreStep(HyPart* part);
+    /// The part wants HyPart::postStep() at the end of the present step, or else of the next, though
+    /// it sleeps; asked once for each step.
+    void partNeedsPostStep(HyPart* part);
     /// The part has left; it is called no more.
     void partLeavesPreStep(HyPart* part);
     [[nodiscard]] DynWorld* getDynWorld() const { return mWorld; }

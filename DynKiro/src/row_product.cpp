@@ -1,0 +1,23 @@
+#include "row_product.h"
+
+#include <cstddef>
+
+void DynsRowProduct::multiply(const DynsConstraints& c, const KitReal* x, KitReal* y) {
+    mLoads.assign(6 * (static_cast<std::size_t>(c.n_bodies) + 1), 0.0);
+    for (int b = 0; b < c.n_g_blocks; ++b) {
+        KitReal* load = mLoads.data() + 6 * static_cast<std::ptrdiff_t>(c.g_bodies_idx[b]);
+        const KitReal* lambda = x + c.g_block_first_row[b];
+        for (int r = 0; r < c.g_block_size[b]; ++r)
+            for (int k = 0; k < 6; ++k)
+                load[k] += lambda[r] * c.G[b][r][k];
+    }
+    for (int i = 0; i < c.n_constraint_rows; ++i)
+        y[i] = c.xepsilon[i] * x[i];
+    for (int b = 0; b < c.n_g_blocks; ++b) {
+        const KitReal* load = mLoads.data() + 6 * static_cast<std::ptrdiff_t>(c.g_bodies_idx[b]);
+        KitReal* out = y + c.g_block_first_row[b];
+        for (int r = 0; r < c.g_block_size[b]; ++r)
+            for (int k = 0; k < 6; ++k)
+                out[r] += c.GM[b][r][k] * load[k];
+    }
+}
