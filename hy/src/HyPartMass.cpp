@@ -77,7 +77,7 @@ void HyPart::placeCentreOfMass(const HyTransform& tm) {
     if (before == HyTransform(mDynBodyID->comToBodyTM))
         return;
     HyTransform change;
-    change.compoundFirstThenInverseSecond(before, HyTransform(mDynBodyID->comToBodyTM));
+    change.compoundInverseFirstThenSecond(before, HyTransform(mDynBodyID->comToBodyTM));
     for (HyConstraint* constraint : mConstraintsArr)
         if (!constraint->isEnabledInternal())
             DynConstraintAdaptAttachments(constraint->getDynConstraint(), mDynBodyID, change.m);
