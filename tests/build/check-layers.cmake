@@ -1,5 +1,6 @@
 # A layer includes only its own headers and those of the layers below it.
 #   cmake -DROOT=<source folder> -P check-layers.cmake
+cmake_minimum_required(VERSION 3.25)
 set(allowed_KitGlobals Kit)
 set(allowed_DynKiro Dyns Kit)
 set(allowed_DynBcl Dync Dyns Kit)

@@ -1,6 +1,7 @@
 # Installs the build into a folder of its own, then builds and runs a small outside project against
 # it, once through find_package and once through pkg-config, and looks at what the library exports.
 #   cmake -DBUILD=<build folder> -DSOURCE=<this folder> -DWORK=<scratch> -P run.cmake
+cmake_minimum_required(VERSION 3.25)
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
