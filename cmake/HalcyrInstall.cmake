@@ -13,6 +13,9 @@ function(halcyr_install)
   configure_package_config_file(cmake/HalcyrConfig.cmake.in HalcyrConfig.cmake
     INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Halcyr)
   write_basic_package_version_file(HalcyrConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+  # The package may be installed under any prefix: halcyr.pc finds it from where it stands.
+  file(RELATIVE_PATH HALCYR_PC_TO_PREFIX
+    /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
   configure_file(cmake/halcyr.pc.in halcyr.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/HalcyrConfig.cmake
     ${CMAKE_CURRENT_BINARY_DIR}/HalcyrConfigVersion.cmake
