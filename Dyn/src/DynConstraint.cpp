@@ -167,14 +167,17 @@ DynBaseConstraint* DynConstraintCreateInPool(KitPool* pool, int tag) {
     return constraint;
 }
 
-void DynConstraintDestroy(DynBaseConstraint* constraint) {
+bool DynConstraintDestroy(DynBaseConstraint* constraint) {
     if (!constraint)
-        return;
+        return true;
     DynConstraintDisable(constraint);
-    if (constraint->world)
+    if (constraint->world && !DynConstraintIsEnabled(constraint))
         DynWorldRemoveConstraint(constraint->world, constraint);
+    if (constraint->world) // in the middle of a step; it has been told
+        return false;
     constraint->bclH.tag = -1;
     KitPoolPutStruct(constraint->pool, constraint);
+    return true;
 }
 
 void DynConstraintReset(DynBaseConstraint* constraint) {

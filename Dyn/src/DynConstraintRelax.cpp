@@ -23,10 +23,10 @@ bool isNotNegative(KitReal value, const char* function) {
     return false;
 }
 
-bool isStiffness(KitReal stiffness, const char* function) {
+bool isStiffness(KitReal stiffness, const char* function, const char* whenZero) {
     if (stiffness != 0)
         return isNotNegative(stiffness, function);
-    KitWarning(12, "%s: A constraint can't be relaxed with zero stiffness.\n", function);
+    KitWarning(12, "%s", whenZero);
     return false;
 }
 
@@ -51,7 +51,10 @@ const char* nameOf(const DynBaseConstraint* c) {
 bool DynConstraintRelaxConstraint(DynBaseConstraint* constraint, int row, KitReal stiffness,
                                   KitReal damping, KitReal loss) {
     constexpr const char* kFunction = "DynConstraintRelaxConstraint";
-    if (!DynConstraintIsRow(row, kFunction) || !isStiffness(stiffness, kFunction) ||
+    if (!DynConstraintIsRow(row, kFunction) ||
+        !isStiffness(stiffness, kFunction,
+                     "DynConstraintRelaxConstraint: A constraint can't be relaxed with zero "
+                     "stiffness.\n") ||
         !isNotNegative(damping, kFunction) || !isNotNegative(loss, kFunction))
         return false;
     constraint->bclH.compliance[row] = complianceOf(stiffness);
@@ -64,7 +67,10 @@ bool DynConstraintRelaxConstraint(DynBaseConstraint* constraint, int row, KitRea
 bool DynConstraintSetRelaxConstraintStiffness(DynBaseConstraint* constraint, int row,
                                               KitReal stiffness) {
     constexpr const char* kFunction = "DynConstraintSetRelaxConstraintStiffness";
-    if (!DynConstraintIsRow(row, kFunction) || !isStiffness(stiffness, kFunction))
+    if (!DynConstraintIsRow(row, kFunction) ||
+        !isStiffness(stiffness, kFunction,
+                     "DynConstraintSetRelaxConstraintStiffness: A constraint can't be relaxed with "
+                     "zero stiffness.\n"))
         return false;
     constraint->bclH.compliance[row] = complianceOf(stiffness);
     return true;

@@ -29,9 +29,10 @@ DynBaseConstraint* taken(DynBaseConstraint* record) {
     return record;
 }
 
+// A record that its world holds on to, in the middle of a solve, keeps its place in the pool.
 void giveBack(DynBaseConstraint* record) {
-    DynConstraintDestroy(record);
-    if (--gConstraintCount > 0)
+    record->mConstraint = nullptr;
+    if (!DynConstraintDestroy(record) || --gConstraintCount > 0)
         return;
     KitPoolTerm(&sConstraintPool);
     sPoolExists = false;
@@ -73,8 +74,11 @@ HyConstraint::HyConstraint(DynBaseConstraint* record)
 HyConstraint::~HyConstraint() {
     if (mUniverse)
         mUniverse->removeConstraint(this);
-    for (int i = 0; i < getMaxPartCount(); ++i)
-        HyConstraint::setPart(i, nullptr);
+    for (HyPart*& place : mPartList)
+        if (HyPart* part = place) {
+            place = nullptr;
+            part->_removeConstraint(this);
+        }
     deleteAll(mPartAttachments);
     deleteAll(mEquations);
     deleteAll(mCoordinates);

@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 #include <numbers>
+#include <utility>
 
 using namespace Hy;
 
@@ -449,6 +450,30 @@ TEST_F(HyConstraintTest, AbortedStepKeepsTurnsAndLockTargets) {
     universe->advanceKinematics(1.0 / 60);
     universe->destroyConstraint(&hinge);
     universe->advanceKinematics(-1.0 / 60);
+}
+
+// In the middle of a solve nothing may leave: the object goes, its record stays until the world does.
+TEST_F(HyConstraintTest, DestroyedInASolveLeavesAHarmlessRecord) {
+    struct Suicidal : HyGenericConstraint {
+        Suicidal() : HyGenericConstraint(2, 4) {}
+        void update(ConstraintInternal* rows) override {
+            rows->addSphericalConstraint(-1);
+            delete std::exchange(victim, nullptr);
+        }
+        HyConstraint* victim = nullptr;
+    };
+    HyPart& part = addPart();
+    HyHinge& hinge = addHinge(&part, nullptr);
+    Suicidal& joint = add<Suicidal>();
+    joint.setPart(0, &part);
+    joint.victim = &hinge;
+    step();
+    EXPECT_TRUE(warned("must not be called during a step"));
+    EXPECT_EQ(part.getConstraintCount(), 1);
+    EXPECT_EQ(universe->getConstraints().size(), 1U);
+    step(3);
+    universe->destroyPart(&part);
+    step();
 }
 
 TEST_F(HyConstraintTest, WakesWhatItActsOn) {

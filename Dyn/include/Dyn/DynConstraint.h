@@ -16,8 +16,9 @@ struct KitPool;
 /// A record of the type with this tag, without world and bodies, in its initial state. Null with a
 /// warning for an unknown tag and for a pool whose elements are too small; null if it cannot grow.
 [[nodiscard]] HY_API DynBaseConstraint* DynConstraintCreateInPool(KitPool* pool, int tag);
-/// Disables it, takes it out of its world and gives it back to its pool.
-HY_API void DynConstraintDestroy(DynBaseConstraint* constraint);
+/// Disables it, takes it out of its world and gives it back to its pool. Not in a step of its world:
+/// false then, with a warning, and the record stays where it is.
+HY_API bool DynConstraintDestroy(DynBaseConstraint* constraint);
 /// The initial state again, disabled and without bodies. The record keeps its world, the numbers of
 /// its slots and rows, its serial and its link to the high layer.
 HY_API void DynConstraintReset(DynBaseConstraint* constraint);
