@@ -2,9 +2,8 @@
 
 #include "column_cache.h"
 #include "dense_ldl.h"
-#include "frontal_factor.h"
-#include "row_product.h"
 #include "skyline.h"
+#include "sparse_system.h"
 
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/vbChol.h>
@@ -13,17 +12,12 @@
 
 struct bvbCholRRT::Storage {
     const DynsConstraints* rows = nullptr; ///< what A was built from; null if set by elements
-    DynsConstraintGraph graph;
-    DynsEliminationTree tree;
-    DynsFrontalFactor full, freeRows;
-    DynsFrontalFactor::Cost cost; ///< of the factor over all rows
-    bool fullStands = false;
+    DynsSparseSystem system;
     mutable DynsSkyline elements; ///< A set by elements, or for those who ask for elements
     mutable DynsSkyline natural;
     mutable bool naturalStands = false;
     DynsColumnCache columns;
     KitAlignedVector<unsigned> columnSolved;
-    DynsRowProduct product;
 
     const DynsSkyline& naturalFactor() const;
 };
@@ -65,7 +59,7 @@ void bvbCholRRT::reset_sparse_maps() {
         return;
     std::fill(column_solved, column_solved + n, 0U);
     mStorage->columns.reset(n, static_cast<std::size_t>(ild));
-    mStorage->fullStands = mStorage->naturalStands = false;
+    mStorage->naturalStands = false;
     flags |= kLCPMatrixMapsReset;
 }
 
@@ -98,28 +92,18 @@ void bvbCholRRT::calcJinvMJT(DynsConstraints* c) {
     Storage& s = *mStorage;
     s.rows = c;
     s.elements.reset(0);
-    if (s.graph.update(*c))
-        s.tree.build(s.graph);
-    s.cost = DynsFrontalFactor::cost(s.graph, s.tree, *c, nullptr);
+    s.system.setUp(*c);
 }
 
 void bvbCholRRT::factorize() {
     flags |= kLCPMatrixFactored; // the work waits until somebody wants it
 }
 
-void bvbCholRRT::makeFullFactor() {
-    Storage& s = *mStorage;
-    if (s.fullStands)
-        return;
-    s.full.factor(*s.rows, s.graph, s.tree, nullptr);
-    s.fullStands = true;
-}
-
 void bvbCholRRT::multiply(const KitReal* x, KitReal* y) {
     if (mStorage->rows == nullptr)
         mStorage->naturalFactor().multiply(x, y);
     else
-        mStorage->product.multiply(*mStorage->rows, x, y);
+        mStorage->system.multiply(x, y);
 }
 
 void bvbCholRRT::solve(KitReal* x, int) {
@@ -127,8 +111,7 @@ void bvbCholRRT::solve(KitReal* x, int) {
         mStorage->naturalFactor().solve(x);
         return;
     }
-    makeFullFactor();
-    mStorage->full.solve(x);
+    mStorage->system.solve(x);
 }
 
 void bvbCholRRT::solveUnit(KitReal* column, int i) {
@@ -138,8 +121,7 @@ void bvbCholRRT::solveUnit(KitReal* column, int i) {
         mStorage->naturalFactor().solve(column);
         return;
     }
-    makeFullFactor();
-    mStorage->full.solveUnit(column, i, n);
+    mStorage->system.solveUnit(column, i);
 }
 
 void bvbCholRRT::factor_dense(KitReal* M, int size) {
@@ -165,27 +147,24 @@ const KitReal* bvbCholRRT::inverseColumn(int j) {
 }
 
 double bvbCholRRT::solveFlops() const {
-    return 4 * mStorage->cost.entries;
+    return mStorage->rows == nullptr ? LCPMatrix::solveFlops() : mStorage->system.solveFlops();
 }
 
 double bvbCholRRT::pendingFactorFlops() const {
-    return mStorage->fullStands ? 0 : mStorage->cost.flops;
+    return mStorage->rows == nullptr ? 0 : mStorage->system.pendingFlops();
 }
 
 double bvbCholRRT::freeRowsFlops(const int* index_set) const {
     const Storage& s = *mStorage;
     if (s.rows == nullptr)
         return LCPMatrix::freeRowsFlops(index_set);
-    const DynsFrontalFactor::Cost cost =
-        DynsFrontalFactor::cost(s.graph, s.tree, *s.rows, index_set);
-    return cost.flops + 4 * cost.entries;
+    return s.system.freeRowsFlops(index_set);
 }
 
 bool bvbCholRRT::solveFreeRows(const int* index_set, const KitReal* b, KitReal* z, KitReal* w) {
     Storage& s = *mStorage;
     if (s.rows == nullptr)
         return false;
-    s.freeRows.factor(*s.rows, s.graph, s.tree, index_set);
-    s.product.solveFreeRows(*s.rows, index_set, b, z, w, [&s](KitReal* x) { s.freeRows.solve(x); });
+    s.system.solveFreeRows(index_set, b, z, w);
     return true;
 }

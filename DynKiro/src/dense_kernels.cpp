@@ -159,24 +159,32 @@ void DynsSubtractProduct(KitReal* C, int ldc, int m, int n, const KitReal* A, in
                  std::min(kDynsTileColumns, n - j));
 }
 
-void DynsFactorPanel(KitReal* panel, int ld, int rows, int pivots,
-                     KitReal* inverseDiagonal) noexcept {
+void DynsSubtractFromColumns(KitReal* panel, int ld, int rows, int first, int count,
+                             const KitReal* A, const KitReal* L, int k) noexcept {
+    const int start = first / kDynsPanelRows * kDynsPanelRows; // whole groups end with the column
+    DynsSubtractProduct(panel + at(start, first, ld), ld, rows - start, count, A + start, ld,
+                        L + first, ld, k);
+}
+
+void DynsFactorColumns(KitReal* panel, int ld, int rows, int first, int count,
+                       KitReal* inverseDiagonal) noexcept {
     constexpr int kBlock = 8;
-    for (int j = 0; j < pivots; j += kBlock) {
-        const int count = std::min(kBlock, pivots - j);
-        if (j > 0)
-            DynsSubtractProduct(panel + at(j, j, ld), ld, rows - j, count, panel + j, ld, panel + j,
-                                ld, j);
-        factorColumns(panel, ld, rows, j, count, inverseDiagonal);
+    const KitReal* L = panel + at(0, first, ld);
+    for (int j = first; j < first + count;) {
+        const int block = std::min(kBlock - j % kBlock, first + count - j);
+        if (j > first)
+            DynsSubtractFromColumns(panel, ld, rows, j, block, L, L, j - first);
+        factorColumns(panel, ld, rows, j, block, inverseDiagonal);
+        j += block;
     }
 }
 
-void DynsSubtractSquare(KitReal* update, int ldu, int n, const KitReal* L21, int ld,
-                        int k) noexcept {
+void DynsSubtractLower(KitReal* update, int ldu, int n, const KitReal* A, const KitReal* B, int ld,
+                       int k) noexcept {
     for (int j = 0; j < n; j += kDynsTileColumns) {
         const int start = j / kDynsPanelRows * kDynsPanelRows;
         DynsSubtractProduct(update + at(start, j, ldu), ldu, n - start,
-                            std::min(kDynsTileColumns, n - j), L21 + start, ld, L21 + j, ld, k);
+                            std::min(kDynsTileColumns, n - j), A + start, ld, B + j, ld, k);
     }
 }
 

@@ -20,15 +20,21 @@ constexpr int kDynsTileColumns = 4;
 void DynsSubtractProduct(KitReal* C, int ldc, int m, int n, const KitReal* A, int lda,
                          const KitReal* B, int ldb, int k) noexcept;
 
-/// Partial Cholesky factorisation of a front of `rows` rows: the first `pivots` columns stand in
-/// panel (leading dimension ld) and become columns of L; inverseDiagonal takes 1/L_ii. A pivot that
-/// is not positive is replaced by its size.
-void DynsFactorPanel(KitReal* panel, int ld, int rows, int pivots,
-                     KitReal* inverseDiagonal) noexcept;
+/// Subtracts the part that A L^T has in `count` columns of a panel behind `first`, from the row
+/// `first` down. A and L are `rows` by k with the panel's leading dimension.
+void DynsSubtractFromColumns(KitReal* panel, int ld, int rows, int first, int count,
+                             const KitReal* A, const KitReal* L, int k) noexcept;
 
-/// Subtracts L21 L21^T from the lower triangle of an n by n update matrix, L21 n by k.
-void DynsSubtractSquare(KitReal* update, int ldu, int n, const KitReal* L21, int ld,
-                        int k) noexcept;
+/// Partial Cholesky factorisation of a front of `rows` rows: `count` columns of its panel behind
+/// `first` carry what the columns before them subtract and become columns of L; inverseDiagonal,
+/// by column of the panel, takes their 1/L_ii. A pivot that is not positive is replaced by its size.
+void DynsFactorColumns(KitReal* panel, int ld, int rows, int first, int count,
+                       KitReal* inverseDiagonal) noexcept;
+
+/// Subtracts A B^T, which must be symmetric, from the lower triangle of an n by n update matrix; A and
+/// B are n by k with leading dimension ld.
+void DynsSubtractLower(KitReal* update, int ldu, int n, const KitReal* A, const KitReal* B, int ld,
+                       int k) noexcept;
 
 /// C -= A B^T on a tile of kDynsPanelRows rows and up to kDynsTileColumns columns.
 using DynsTile = void (*)(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda,

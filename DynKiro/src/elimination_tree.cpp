@@ -5,6 +5,7 @@
 #include <Dyns/DynsConstraints.h>
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -48,6 +49,45 @@ bool DynsConstraintGraph::update(const DynsConstraints& c) {
     same = same && bodies.size() == count;
     bodies.resize(count);
     return !same;
+}
+
+void DynsConstraintGraph::augment(const DynsConstraintGraph& plain,
+                                  std::span<const int> hubBodies) {
+    const auto at = [](int i) { return static_cast<std::size_t>(i); };
+    const int constraints = plain.size();
+    hubs.assign(hubBodies.begin(), hubBodies.end());
+    hubVertex.assign(at(plain.bodyCount), -1);
+    rows = plain.rows;
+    kinds.assign(plain.rows.size(), DynsVertex::kWaitsHub);
+    for (const int body : hubs) {
+        hubVertex[at(body)] = static_cast<int>(rows.size());
+        rows.push_back(6);
+        kinds.push_back(DynsVertex::kHub);
+    }
+    const int incidences = plain.bodyStart[at(constraints)];
+    bodies = plain.bodies;
+    bodyStart = plain.bodyStart;
+    bodyStart.resize(rows.size() + 1);
+    std::fill(bodyStart.begin() + constraints, bodyStart.end(), 0);
+    for (int i = 0; i < incidences; ++i)
+        if (const int hub = hubVertex[at(bodies[at(i)])]; hub >= 0)
+            ++bodyStart[at(hub)];
+    std::partial_sum(bodyStart.begin() + constraints, bodyStart.end(),
+                     bodyStart.begin() + constraints);
+    std::for_each(bodyStart.begin() + constraints, bodyStart.end(),
+                  [incidences](int& end) { end += incidences; });
+    bodies.resize(at(bodyStart.back()));
+    bodyCount = plain.bodyCount;
+    for (int v = 0; v < constraints; ++v)
+        for (int i = plain.bodyStart[at(v)]; i < plain.bodyStart[at(v + 1)]; ++i) {
+            const int hub = hubVertex[at(plain.bodies[at(i)])];
+            if (hub < 0) {
+                kinds[at(v)] = DynsVertex::kConstraint;
+                continue;
+            }
+            // The ends of the hubs' lists become their beginnings as they are filled.
+            bodies[at(i)] = bodies[at(--bodyStart[at(hub)])] = bodyCount++;
+        }
 }
 
 /// The quotient graph: bodies that are joined as constraints between them are eliminated.
@@ -120,7 +160,8 @@ struct DynsEliminationTree::Quotient {
             }
         t.mHeap.clear();
         for (int v = 0; v < g.size(); ++v)
-            t.mHeap.push_back({degree(v), v});
+            if (g.kind(v) != DynsVertex::kWaitsHub)
+                t.mHeap.push_back({degree(v), v});
         std::make_heap(t.mHeap.begin(), t.mHeap.end(), later);
     }
 
@@ -184,7 +225,6 @@ void DynsEliminationTree::eliminateAll(const DynsConstraintGraph& graph) {
                 if (u == v || q.inside(u, body)) {
                     mEliminated[at(u)] = 1;
                     mFront.push_back(u);
-                    mOrder.push_back(u);
                 } else {
                     mStack.push_back(u);
                     weight += graph.rows[at(u)];
@@ -203,13 +243,32 @@ void DynsEliminationTree::eliminateAll(const DynsConstraintGraph& graph) {
         mTail[at(body)] = previous;
         mWeight[at(body)] = weight;
         node.pivots = static_cast<int>(mFront.size()) - node.frontStart;
+        const bool hasHub = sortPivots(graph, node);
+        mOrder.insert(mOrder.end(), mFront.begin() + node.frontStart, mFront.end());
         mFront.insert(mFront.end(), mStack.begin(), mStack.end());
         node.frontCount = static_cast<int>(mFront.size()) - node.frontStart;
         mNodes.push_back(node);
-        if (mStack.size() <= static_cast<std::size_t>(kEagerDegrees))
-            for (const int u : mStack)
+        const bool eager = mStack.size() <= static_cast<std::size_t>(kEagerDegrees);
+        for (const int u : mStack)
+            if (eager || (hasHub && graph.kind(u) == DynsVertex::kWaitsHub))
                 q.push(u);
     }
+}
+
+/// Sorts the pivots of a node by kind; answers whether there is a hub among them.
+bool DynsEliminationTree::sortPivots(const DynsConstraintGraph& graph, const DynsSupernode& node) {
+    if (graph.kinds.empty())
+        return false;
+    mScatter.assign(mFront.begin() + node.frontStart, mFront.end());
+    bool hasHub = false;
+    auto place = mFront.begin() + node.frontStart;
+    for (const DynsVertex kind : {DynsVertex::kConstraint, DynsVertex::kHub, DynsVertex::kWaitsHub})
+        for (const int v : mScatter)
+            if (graph.kind(v) == kind) {
+                *place++ = v;
+                hasHub = hasHub || kind == DynsVertex::kHub;
+            }
+    return hasHub;
 }
 
 /// A supernode's update goes to the one that eliminates the first of its remaining constraints.

@@ -5,16 +5,37 @@
 
 struct DynsConstraints;
 
-/// Which constraints of a partition share bodies, in compressed form.
+/// What a vertex of the graph is, in the order in which a front eliminates its pivots.
+enum class DynsVertex : unsigned char {
+    kConstraint,
+    kHub,      ///< the motion of a body
+    kWaitsHub, ///< a constraint of hubs alone: without one of them its rows have no mass to act on
+};
+
+/// Which constraints of a partition share bodies, in compressed form. The vertices are the
+/// constraints, and behind them the hubs: bodies whose motion is eliminated beside the rows.
 struct DynsConstraintGraph {
-    KitAlignedVector<int> rows;      ///< constraint: rows
-    KitAlignedVector<int> bodyStart; ///< constraint: first entry in bodies; one more at the end
-    KitAlignedVector<int> bodies;    ///< bodies of each constraint, each once
+    KitAlignedVector<int> rows;      ///< vertex: rows
+    KitAlignedVector<int> bodyStart; ///< vertex: first entry in bodies; one more at the end
+    KitAlignedVector<int> bodies;    ///< bodies of each vertex, each once
     int bodyCount = 0;
+    KitAlignedVector<int> hubs;         ///< hub: its body
+    KitAlignedVector<int> hubVertex;    ///< body: its vertex, -1 for none; empty without hubs
+    KitAlignedVector<DynsVertex> kinds; ///< vertex; empty without hubs
 
     /// Reads the graph of the rows; answers false if it is the same as before.
     bool update(const DynsConstraints& c);
+    /// The graph of the same constraints in which some bodies are hubs: instead of coupling all of its
+    /// constraints with each other, a hub is coupled with each of them by a body that only they share.
+    void augment(const DynsConstraintGraph& plain, std::span<const int> hubBodies);
+
     [[nodiscard]] int size() const { return static_cast<int>(rows.size()); }
+    [[nodiscard]] DynsVertex kind(int vertex) const {
+        return kinds.empty() ? DynsVertex::kConstraint : kinds[static_cast<std::size_t>(vertex)];
+    }
+    [[nodiscard]] int hubOf(int body) const {
+        return hubVertex.empty() ? -1 : hubVertex[static_cast<std::size_t>(body)];
+    }
 };
 
 /// Constraints that are eliminated together, with those that this fills.
@@ -27,7 +48,8 @@ struct DynsSupernode {
     int mapStart; ///< first entry in toParent of the front's constraints behind the pivots
 };
 
-/// Fill-reducing order of elimination of the constraints, with the structure of the factor.
+/// Fill-reducing order of elimination of the vertices, with the structure of the factor. What is said
+/// of constraints holds for hubs too.
 ///
 /// Minimum degree on the quotient graph, in which each body is the clique of its constraints:
 /// eliminating a constraint joins its bodies into one, and all constraints that then lie inside that
@@ -54,6 +76,7 @@ public:
 
 private:
     void eliminateAll(const DynsConstraintGraph& graph);
+    bool sortPivots(const DynsConstraintGraph& graph, const DynsSupernode& node);
     void linkParents();
     void postorder();
     void sortFronts();

@@ -2,9 +2,11 @@
 
 #include "dense_kernels.h"
 
+#include <Dyns/DynsBody.h>
 #include <Dyns/DynsConstraints.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -22,7 +24,7 @@ std::size_t panelSize(int ld, int columns) {
 int countRows(const DynsConstraintGraph& graph, const DynsConstraints& c, int constraint,
               const int* index_set) {
     const int rows = graph.rows[at(constraint)];
-    if (index_set == nullptr)
+    if (index_set == nullptr || graph.kind(constraint) == DynsVertex::kHub)
         return rows;
     const int* first = index_set + c.g_block_first_row[c.constraint_first_block[constraint]];
     return static_cast<int>(std::count(first, first + rows, 0));
@@ -51,7 +53,8 @@ DynsFrontalFactor::Cost DynsFrontalFactor::cost(const DynsConstraintGraph& graph
 }
 
 void DynsFrontalFactor::listRows(const DynsConstraints& c, const int* index_set) {
-    mRowStart.resize(at(c.n_constraints) + 1);
+    mRowCount = c.n_constraint_rows;
+    mRowStart.resize(at(mGraph->size()) + 1);
     mRowList.clear();
     mConstraintOf.resize(at(c.n_g_blocks));
     for (int k = 0; k < c.n_constraints; ++k) {
@@ -64,7 +67,12 @@ void DynsFrontalFactor::listRows(const DynsConstraints& c, const int* index_set)
         for (int b = block; b < block + c.constraint_n_blocks[k]; ++b)
             mConstraintOf[at(b)] = k;
     }
-    mRowStart[at(c.n_constraints)] = static_cast<int>(mRowList.size());
+    for (int v = c.n_constraints; v < mGraph->size(); ++v) {
+        mRowStart[at(v)] = static_cast<int>(mRowList.size());
+        for (int k = 0; k < 6; ++k)
+            mRowList.push_back(mRowCount + 6 * (v - c.n_constraints) + k);
+    }
+    mRowStart[at(mGraph->size())] = static_cast<int>(mRowList.size());
 }
 
 /// Places of the panels of L, and the row numbers of each front.
@@ -74,17 +82,20 @@ void DynsFrontalFactor::layOut(const DynsEliminationTree& tree) {
     std::size_t entries = 0;
     int largest = 0;
     for (const DynsSupernode& node : tree.supernodes()) {
-        Panel panel{entries, static_cast<int>(mRows.size()), 0, 0, 0};
+        Panel panel{entries, static_cast<int>(mRows.size()), 0, 0, 0, 0, 0};
         const std::span<const int> front = tree.front(node);
         for (int k = 0; k < node.frontCount; ++k) {
-            if (k == node.pivots)
-                panel.pivots = static_cast<int>(mRows.size()) - panel.rowStart;
+            if (k < node.pivots) {
+                const int rows = mRowStart[at(front[at(k)]) + 1] - mRowStart[at(front[at(k)])];
+                const DynsVertex kind = mGraph->kind(front[at(k)]);
+                panel.pivots += rows;
+                (kind == DynsVertex::kConstraint ? panel.before : panel.hubs) +=
+                    kind == DynsVertex::kWaitsHub ? 0 : rows;
+            }
             mRows.insert(mRows.end(), mRowList.begin() + mRowStart[at(front[at(k)])],
                          mRowList.begin() + mRowStart[at(front[at(k)]) + 1]);
         }
         panel.rows = static_cast<int>(mRows.size()) - panel.rowStart;
-        if (node.pivots == node.frontCount)
-            panel.pivots = panel.rows;
         panel.ld = DynsPaddedRows(panel.rows);
         entries += panelSize(panel.ld, panel.pivots);
         largest = std::max(largest, panel.ld);
@@ -108,12 +119,25 @@ void DynsFrontalFactor::assembleRows(const DynsConstraints& c, const DynsElimina
         const int columns = mRowStart[at(v) + 1] - mRowStart[at(v)];
         if (columns == 0)
             continue;
+        if (mGraph->kind(v) == DynsVertex::kHub) {
+            assembleHub(c, v, column, panel);
+            continue;
+        }
         const int* vRows = mRowList.data() + mRowStart[at(v)];
         for (int e = 0; e < columns; ++e)
             L[at(panel.ld) * at(column + e) + at(column + e)] += c.xepsilon[vRows[e]];
         const int firstBlock = c.constraint_first_block[v];
         const int vFirst = c.g_block_first_row[firstBlock];
         for (int b = firstBlock; b < firstBlock + c.constraint_n_blocks[v]; ++b) {
+            if (const int hub = mGraph->hubOf(c.g_bodies_idx[b]); hub >= 0) {
+                if (tree.position()[at(hub)] > tree.position()[at(v)])
+                    for (int e = 0; e < columns; ++e)
+                        for (int i = 0; i < 6; ++i)
+                            L[at(panel.ld) * at(column + e) +
+                              at(mOffset[at(mPlace[at(hub)])] + i)] +=
+                                c.GM[b][vRows[e] - vFirst][i];
+                continue;
+            }
             for (int j = c.g_blocks_heads[c.g_bodies_idx[b]]; j != -1; j = c.g_blocks_next[j]) {
                 const int w = mConstraintOf[at(j)];
                 if (tree.position()[at(w)] < tree.position()[at(v)])
@@ -134,6 +158,64 @@ void DynsFrontalFactor::assembleRows(const DynsConstraints& c, const DynsElimina
             }
         }
     }
+}
+
+/// The columns of a hub: -M^-1, and the rows of its constraints that come later.
+void DynsFrontalFactor::assembleHub(const DynsConstraints& c, int hub, int column,
+                                    const Panel& panel) {
+    const int body = mGraph->hubs[at(hub - c.n_constraints)];
+    KitReal* L = mL.data() + panel.start + at(panel.ld) * at(column);
+    const auto& inverse = c.g_bodies[c.g_blocks_heads[body]]->inverse_massmatrix;
+    for (int k = 0; k < 3; ++k) {
+        L[at(panel.ld) * at(k) + at(column + k)] = -inverse[0][3];
+        for (int i = 0; i < 3; ++i)
+            L[at(panel.ld) * at(3 + k) + at(column + 3 + i)] = -inverse[i][k];
+    }
+    for (int j = c.g_blocks_heads[body]; j != -1; j = c.g_blocks_next[j]) {
+        const int w = mConstraintOf[at(j)];
+        if (mTree->position()[at(w)] < mTree->position()[at(hub)])
+            continue;
+        const int* wRows = mRowList.data() + mRowStart[at(w)];
+        const int rows = mRowStart[at(w) + 1] - mRowStart[at(w)];
+        const int offset = mOffset[at(mPlace[at(w)])];
+        for (int a = 0; a < rows; ++a)
+            for (int k = 0; k < 6; ++k)
+                L[at(panel.ld) * at(k) + at(offset + a)] +=
+                    c.GM[j][wRows[a] - c.g_block_first_row[j]][k];
+    }
+}
+
+/// Eliminates the pivots of a front and subtracts what they leave from its update matrix. The pivots
+/// of hubs are negative: theirs is added.
+void DynsFrontalFactor::eliminate(const Panel& panel, KitReal* update, KitReal* inverseDiagonal) {
+    KitReal* L = mL.data() + panel.start;
+    const int rest = panel.rows - panel.pivots, ldu = DynsPaddedRows(rest);
+    const auto columns = [L, &panel](int j) { return L + at(panel.ld) * at(j); };
+    if (panel.hubs == 0) {
+        DynsFactorColumns(L, panel.ld, panel.rows, 0, panel.pivots, inverseDiagonal);
+        DynsSubtractLower(update, ldu, rest, L + panel.pivots, L + panel.pivots, panel.ld,
+                          panel.pivots);
+        return;
+    }
+    const int before = panel.before, behind = before + panel.hubs;
+    DynsFactorColumns(L, panel.ld, panel.rows, 0, before, inverseDiagonal);
+    DynsSubtractFromColumns(L, panel.ld, panel.rows, before, panel.pivots - before, L, L, before);
+    for (KitReal* entry = columns(before); entry != columns(behind); ++entry)
+        *entry = -*entry;
+    DynsFactorColumns(L, panel.ld, panel.rows, before, panel.hubs, inverseDiagonal);
+    mNegated.resize(panelSize(panel.ld, panel.hubs));
+    std::transform(columns(before), columns(behind), mNegated.begin(), std::negate<>());
+    DynsSubtractFromColumns(L, panel.ld, panel.rows, behind, panel.pivots - behind, mNegated.data(),
+                            columns(before), panel.hubs);
+    DynsFactorColumns(L, panel.ld, panel.rows, behind, panel.pivots - behind, inverseDiagonal);
+
+    const auto subtract = [&](const KitReal* A, int first, int count) {
+        DynsSubtractLower(update, ldu, rest, A + panel.pivots, columns(first) + panel.pivots,
+                          panel.ld, count);
+    };
+    subtract(L, 0, before);
+    subtract(mNegated.data(), before, panel.hubs);
+    subtract(columns(behind), behind, panel.pivots - behind);
 }
 
 /// Adds a child's update matrix to the front of its parent: into the panel left of the pivots' end,
@@ -173,6 +255,7 @@ void DynsFrontalFactor::addUpdate(const DynsEliminationTree& tree, const DynsSup
 
 void DynsFrontalFactor::factor(const DynsConstraints& c, const DynsConstraintGraph& graph,
                                const DynsEliminationTree& tree, const int* index_set) {
+    mGraph = &graph;
     mTree = &tree;
     listRows(c, index_set);
     layOut(tree);
@@ -219,11 +302,10 @@ void DynsFrontalFactor::factor(const DynsConstraints& c, const DynsConstraintGra
         }
         mUpdateStack.resize(children);
 
-        DynsFactorPanel(L, panel.ld, panel.rows, panel.pivots,
-                        mInverseDiagonal.data() + pivotStart);
-        DynsSubtractSquare(update, ldu, rest, L + panel.pivots, panel.ld, panel.pivots);
+        eliminate(panel, update, mInverseDiagonal.data() + pivotStart);
         pivotStart += at(panel.pivots);
-        std::copy(update, update + size, mUpdates.data() + below);
+        if (below != top)
+            std::copy(update, update + size, mUpdates.data() + below);
         top = below;
         if (node.parent >= 0) {
             mUpdateStack.push_back(static_cast<int>(s));
@@ -291,16 +373,39 @@ void DynsFrontalFactor::backward(KitReal* x) {
     }
 }
 
-void DynsFrontalFactor::solve(KitReal* x) {
-    forward(x, 0, false);
-    backward(x);
+/// x with zeros for the hubs behind it; x itself without hubs.
+KitReal* DynsFrontalFactor::withHubs(KitReal* x) {
+    if (mGraph->hubs.empty())
+        return x;
+    mVector.assign(at(mRowCount) + 6 * mGraph->hubs.size(), 0.0);
+    std::copy(x, x + mRowCount, mVector.begin());
+    return mVector.data();
 }
 
-void DynsFrontalFactor::solveUnit(KitReal* column, int row, int rows) {
-    std::fill(column, column + rows, 0.0);
+/// The rest of a solve after forward(): the signs of the hubs' pivots, and L^T.
+void DynsFrontalFactor::finishSolve(KitReal* y, KitReal* x) {
+    if (y == x) {
+        backward(x);
+        return;
+    }
+    for (std::size_t i = at(mRowCount); i < mVector.size(); ++i)
+        mVector[i] = -mVector[i];
+    backward(y);
+    std::copy(y, y + mRowCount, x);
+}
+
+void DynsFrontalFactor::solve(KitReal* x) {
+    KitReal* y = withHubs(x);
+    forward(y, 0, false);
+    finishSolve(y, x);
+}
+
+void DynsFrontalFactor::solveUnit(KitReal* column, int row) {
+    std::fill(column, column + mRowCount, 0.0);
     column[row] = 1;
     const auto constraint =
         std::upper_bound(mRowStart.begin(), mRowStart.end(), row) - mRowStart.begin() - 1;
-    forward(column, at(mTree->nodeOf()[at(static_cast<int>(constraint))]), true);
-    backward(column);
+    KitReal* y = withHubs(column);
+    forward(y, at(mTree->nodeOf()[at(static_cast<int>(constraint))]), true);
+    finishSolve(y, column);
 }

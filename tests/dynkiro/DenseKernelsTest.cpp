@@ -53,10 +53,11 @@ TEST(DenseKernelsTest, FrontsFactorLikeDenseMatrices) {
         Eigen::MatrixXd panel = Eigen::MatrixXd::Zero(ld, pivots + 1);
         panel.topLeftCorner(n, pivots) = A.leftCols(pivots);
         std::vector<double> inverse(static_cast<std::size_t>(pivots));
-        DynsFactorPanel(panel.data(), ld, n, pivots, inverse.data());
+        DynsFactorColumns(panel.data(), ld, n, 0, pivots, inverse.data());
         Eigen::MatrixXd update = Eigen::MatrixXd::Zero(ldu, rest + 1);
         update.topLeftCorner(rest, rest) = A.bottomRightCorner(rest, rest);
-        DynsSubtractSquare(update.data(), ldu, rest, panel.data() + pivots, ld, pivots);
+        const double* L21 = panel.data() + pivots;
+        DynsSubtractLower(update.data(), ldu, rest, L21, L21, ld, pivots);
 
         const Eigen::MatrixXd L = A.llt().matrixL();
         const double rounding = 1e-10 * A.norm();

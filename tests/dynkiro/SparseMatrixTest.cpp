@@ -186,6 +186,71 @@ TEST(SparseMatrixTest, JointForestsFillNothing) {
     EXPECT_GT(skyline.solveFlops(), 10 * sparse.solveFlops());
 }
 
+// A body with hundreds of constraints costs no more than they do, also where some of them hold it to
+// the world, where its partners have more rows than freedom, and where the rows are all but rigid.
+TEST(SparseMatrixTest, HubsAreExactAndLinear) {
+    constexpr unsigned kSeed = 36;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    bvbCholRRT m;
+    double flops[2];
+    for (const int k : {0, 1}) {
+        RandomPartition star(random, 801, RandomPartition::hub(400 + 400 * k, 3));
+        m.allocate(star.size());
+        m.calcJinvMJT(star.rows);
+        flops[k] = m.pendingFactorFlops();
+    }
+    EXPECT_LT(flops[0], 400 * 9 * 9 * 3.0);
+    EXPECT_LT(flops[1], 2.1 * flops[0]);
+
+    auto held = RandomPartition::hub(40, 4);
+    held.push_back({0, 0, 3});
+    held.insert(held.begin(), {0, 0, 2});
+    auto pairs = RandomPartition::hub(40, 3);
+    for (int i = 1; i < 40; i += 2)
+        pairs.push_back({i, i + 1, 2});
+    auto twoHubs = RandomPartition::hub(60, 3);
+    for (int i = 31; i <= 60; ++i)
+        twoHubs[static_cast<std::size_t>(i - 1)].body1 = 61;
+    twoHubs.push_back({0, 61, 5});
+    auto crowded = RandomPartition::hub(30, 6);
+    for (int i = 1; i <= 30; ++i)
+        crowded.push_back({i, 0, 4, {(i + 7) % 31}});
+    for (const auto& joints : {held, pairs, twoHubs, crowded})
+        for (const double epsilon : {1e-2, 1e-7, 1e-12}) {
+            SCOPED_TRACE(testing::Message() << joints.size() << " joints, softness " << epsilon);
+            RandomPartition p(random, 62, joints);
+            const int n = p.size();
+            std::fill(p.rows->xepsilon, p.rows->xepsilon + n, epsilon);
+            m.allocate(n);
+            m.calcJinvMJT(p.rows);
+            EXPECT_LT(m.pendingFactorFlops(), std::pow(n, 3) / 6) << "no hub was found";
+            const Eigen::MatrixXd A = p.dense();
+            const Eigen::LLT<Eigen::MatrixXd> factor(A);
+            const Eigen::VectorXd b = randomVector(random, n), expected = factor.solve(b);
+            Eigen::VectorXd x = b;
+            m.solve(x.data(), 1);
+            const double rounding = 1e-13 / factor.rcond();
+            EXPECT_LT((A * x - b).norm(), 1e-12 * A.norm() * x.norm());
+            EXPECT_LT((x - expected).norm(), rounding * expected.norm());
+            const Eigen::VectorXd column = Eigen::Map<const Eigen::VectorXd>(m.inverseColumn(7), n);
+            const Eigen::VectorXd unit = factor.solve(Eigen::VectorXd::Unit(n, 7));
+            EXPECT_LT((column - unit).norm(), rounding * unit.norm());
+
+            std::vector<int> index(static_cast<std::size_t>(n), 0), freeRows;
+            Eigen::VectorXd z = randomVector(random, n), w(n);
+            for (int i = 0; i < n; ++i)
+                if (random() % 3 == 0)
+                    index[static_cast<std::size_t>(i)] = 2;
+                else
+                    freeRows.push_back(i);
+            ASSERT_TRUE(m.solveFreeRows(index.data(), b.data(), z.data(), w.data()));
+            const Eigen::VectorXd residual = A * z - b;
+            EXPECT_LT(residual(freeRows).norm(), 1e-12 * A.norm() * z.norm());
+            EXPECT_LT((w - residual).norm(), 1e-11 * A.norm() * z.norm());
+        }
+}
+
 // Both roads of a pass, over the tight rows and over the free ones, end at the same point.
 TEST(SparseMatrixTest, LcpOnBothMatricesIsTheSame) {
     constexpr unsigned kSeed = 34;

@@ -39,7 +39,5 @@ public:
 
 private:
     struct Storage;
-    void makeFullFactor();
-
     std::unique_ptr<Storage> mStorage;
 };
