@@ -658,3 +658,30 @@ TEST_F(HyConstraintTest, GenericRowsHaveStrengthAngleAndRoom) {
     universe->destroyConstraint(&probe);
     step();
 }
+
+TEST_F(HyConstraintTest, VerifyDynamicsTellsWhatIsImplausible) {
+    const auto verify = [&](int level) {
+        testing::internal::CaptureStderr();
+        universe->verifyDynamics("test", level);
+        return testing::internal::GetCapturedStderr();
+    };
+    const std::string begin = "Verifying parts and constraints dynamics:\n";
+    HyPart& part = addPart();
+    HyHinge& hinge = addHinge(&part, nullptr);
+    hinge.setName("hinge");
+    EXPECT_EQ(verify(1), begin + "No problem found.\n\n\n");
+    EXPECT_EQ(verify(2),
+              begin + "test: constraint hinge has no limit on coord 0 \nNo problem found.\n\n\n");
+    part.setMass(2e5);
+    hinge.setLimitPositions(0, 1, 1);
+    hinge.setLimitsActive(0, true);
+    hinge.setLockMinimumAndMaximumForce(0, -2, -1);
+    hinge.setControl(0, HyConstraint::kControlLocked);
+    EXPECT_EQ(verify(1), begin + "test: entity " + part.getName() +
+                             " has extreme mass\n"
+                             "test: constraint hinge has locked coord 0 with bad max force\n"
+                             "test: constraint hinge coord 0 has low limit >= upper limit\n\n\n\n");
+    part.setMass(1);
+    hinge.enable(false);
+    EXPECT_EQ(verify(2), begin + "test: constraint hinge is disabled\nNo problem found.\n\n\n");
+}

@@ -199,6 +199,11 @@ public:
 
     // Diagnostics.
 
+    /// Prints on the error stream what is implausible in dynamic parts and constraints. Changes
+    /// nothing.
+    /// @param tag begins each line; null for none
+    /// @param level above 1: also what motors, locks and stops are set to
+    void verifyDynamics(const char* tag, int level) const;
     /// Prints on the error stream what may make the simulation unstable. Changes nothing.
     void verifyUniverseContent() const;
     /// Writes a readable report of the contents into a file.
