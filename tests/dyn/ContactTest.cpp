@@ -1,6 +1,7 @@
 #include "HeapCounter.h"
 
 #include <Dyn/Dyn.h>
+#include <Kit/KitVector.h>
 
 #include <gtest/gtest.h>
 
@@ -224,7 +225,7 @@ TEST_F(ContactTest, RollingAndSpinningAreResisted) {
     EXPECT_NEAR(speed(0), 1 - kTorque / (1.4 * kMass * kHalf) * t, 1e-3);
     EXPECT_NEAR(spin(1) * kHalf, speed(0), 1e-6) << "still rolls";
     EXPECT_NEAR(spin(2), 8 - kTorque / (0.4 * kMass * kHalf * kHalf) * t, 1e-3);
-    step(3000);
+    step(4500);
     EXPECT_NEAR(speed(0), 0, 1e-6);
     EXPECT_NEAR(spin(2), 0, 1e-6);
 }
