@@ -1,5 +1,6 @@
 #include <Hy/HyUniverse.h>
 
+#include "HyCollisionRuleStore.h"
 #include "HySavedCoordinates.h"
 
 #include <Hy/HyFrame.h>
@@ -45,8 +46,10 @@ unsigned raisedToEven(unsigned n) {
 
 HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable* materialTable)
     : mSavedCoordinates(std::make_unique<HySavedCoordinates>()),
+      mCollisionRules(std::make_unique<HyCollisionRuleStore>()),
       mOwnMaterialTable(materialTable ? nullptr : new HyMaterialTable),
-      mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()) {
+      mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()),
+      mCollisionRulesNextID(HyCollisionRule::InvalidID + 1) {
     init(maxCollisionGeometries);
     setEarthGravity();
 }

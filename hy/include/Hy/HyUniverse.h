@@ -6,12 +6,15 @@
 #include <Hy/HyVector3.h>
 
 #include <memory>
+#include <vector>
 
 struct DynBaseConstraint;
 struct DynBody;
 struct DynWorld;
 
 namespace Hy {
+class HyCollisionRule;
+class HyCollisionRuleStore;
 class HyConstraint;
 class HyContactMaterial;
 class HyMaterial;
@@ -123,6 +126,20 @@ public:
                                                         const HyMaterial* material2) const;
     /// HyMaterialTable::dump() of the table.
     void dumpMaterialPropertyTable(const char* filename) const;
+
+    // Collision rules, see HyCollisionRule. Those that name an object go with it.
+
+    /// Takes a copy of a rule, whose objects are alive, and answers the ID that it gave it: the first
+    /// is 1.
+    unsigned addCollisionRule(const HyCollisionRule& rule);
+    std::vector<unsigned> addCollisionRules(const std::vector<HyCollisionRule>& rules);
+    /// Removes the rule of an ID; nothing if there is none.
+    void removeCollisionRule(unsigned id);
+    void removeCollisionRules(const std::vector<unsigned>& ids);
+    /// Removes all rules.
+    void removeCollisionRules();
+    /// In the order of HyCollisionRule::operator<, equivalent ones in the order of adding.
+    [[nodiscard]] const std::vector<HyCollisionRule>& getCollisionRules() const;
 
     // Observers and subscribers; not owned.
 
@@ -302,12 +319,14 @@ private:
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
+    std::unique_ptr<HyCollisionRuleStore> mCollisionRules;
     std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
     HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;
+    unsigned mCollisionRulesNextID;
     int mGlobalCouplingSolverGroup = -1;
     bool mStepping = false;
 };
