@@ -1,6 +1,7 @@
 #include <Hy/HyUniverse.h>
 
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Hy/HyPart.h>
 #include <Hy/HySafeWalk.h>
@@ -122,6 +123,7 @@ void HyUniverse::advanceDynamicsImpl(HyReal) {
 
 void HyUniverse::postUpdateImpl() {
     mStepping = false;
+    mUserContacts->disableAll();
     measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
 }
 
