@@ -49,9 +49,10 @@ HyDynamicsContact* HyUniverse::createUserDynamicsContact(HyPart* part1, HyPart* 
         const HyMaterial* standard = mMaterialTable->getDefaultMaterial();
         contactMaterial = mMaterialTable->getContactMaterial(standard, standard);
     }
-    static const HyContactMaterial kNone;
-    return mUserContacts->create(part1, part2, contactMaterial ? *contactMaterial : kNone, position,
-                                 normal, penetration);
+    if (contactMaterial)
+        return mUserContacts->create(part1, part2, *contactMaterial, position, normal, penetration);
+    const HyContactMaterial plain; // the table was cleared
+    return mUserContacts->create(part1, part2, plain, position, normal, penetration);
 }
 
 void HyUniverse::deleteUserDynamicsContact(HyDynamicsContact* contact) {
