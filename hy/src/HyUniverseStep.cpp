@@ -3,7 +3,6 @@
 #include "HySavedCoordinates.h"
 
 #include <Hy/HyPart.h>
-#include <Hy/HySafeWalk.h>
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>
