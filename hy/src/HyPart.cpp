@@ -2,6 +2,7 @@
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
+#include <Hy/HyCollisionRule.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
@@ -12,8 +13,6 @@ namespace Hy {
 namespace {
 
 constexpr int kBodiesPerBlock = 1000;
-/// Before collision rules of assemblies, mechanisms and the scene (20000 to 40000).
-constexpr int kPartRulePriority = 10000;
 
 // The bodies of all parts, in the order of creation as long as none is destroyed.
 KitPool sBodyPool;
@@ -71,7 +70,12 @@ HyPart::~HyPart() {
 }
 
 int HyPart::getCollisionRulePriority() const {
-    return kPartRulePriority;
+    return HyCollisionRule::PriorityPart;
+}
+
+void HyPart::onCollisionRulesChanged() {
+    if (mUniverse)
+        mUniverse->partNeedsPreStep(this);
 }
 
 void HyPart::setControl(EntityControlTypeEnum control) {
@@ -208,6 +212,7 @@ void HyPart::setUniverse(HyUniverse* universe) {
     if (mUniverse)
         enterUniverse(*mUniverse);
     updateConstraints();
+    onCollisionRuleContainerUniverseChanged(old, mUniverse);
 }
 
 // Constraints.
@@ -251,6 +256,7 @@ void HyPart::enterUniverse(HyUniverse& universe) {
 
 void HyPart::preStep() {
     _updateControl();
+    preStepCollisionRuleContainer(mUniverse);
 }
 
 void HyPart::postStep() {

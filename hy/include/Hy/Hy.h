@@ -6,6 +6,8 @@
 #include <Hy/HyAngular2Position3.h>
 #include <Hy/HyAngular3.h>
 #include <Hy/HyBallAndSocket.h>
+#include <Hy/HyCollisionPairRequest.h>
+#include <Hy/HyCollisionRule.h>
 #include <Hy/HyConeConstraint.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintAttachment.h>
@@ -13,6 +15,8 @@
 #include <Hy/HyConstraintFriction.h>
 #include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
+#include <Hy/HyContactMaterial.h>
+#include <Hy/HyContactProperties.h>
 #include <Hy/HyCylindrical.h>
 #include <Hy/HyDistanceJoint.h>
 #include <Hy/HyDistanceJointState.h>
@@ -27,6 +31,8 @@
 #include <Hy/HyLinear2.h>
 #include <Hy/HyLinear3.h>
 #include <Hy/HyMassProperties.h>
+#include <Hy/HyMaterial.h>
+#include <Hy/HyMaterialTable.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyMotorConstraint.h>
 #include <Hy/HyPart.h>
@@ -36,6 +42,7 @@
 #include <Hy/HySolverParameters.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
+#include <Hy/HyTireModelParams.h>
 #include <Hy/HyTransform.h>
 #include <Hy/HyUniversal.h>
 #include <Hy/HyUniverse.h>
