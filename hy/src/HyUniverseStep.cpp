@@ -1,6 +1,7 @@
 #include <Hy/HyUniverse.h>
 
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Hy/HyPart.h>
 
@@ -121,6 +122,7 @@ void HyUniverse::advanceDynamicsImpl(HyReal) {
 
 void HyUniverse::postUpdateImpl() {
     mStepping = false;
+    mUserContacts->disableAll();
     measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
 }
 
