@@ -4,7 +4,6 @@
 #include "HyUserContacts.h"
 
 #include <Hy/HyPart.h>
-#include <Hy/HySafeWalk.h>
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>

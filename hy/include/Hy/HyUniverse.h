@@ -1,7 +1,7 @@
 #pragma once
 #include <Hy/HyCallbackList.h>
 #include <Hy/HyEnabledListIterator.h>
-#include <Hy/SortedVector.h>
+#include <Hy/HySafeWalk.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
 
@@ -34,8 +34,8 @@ class HyUniverseState;
 /// while it is stepping: such a call is warned of and carried out.
 class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
-    using Parts = SortedVector<HyPart*, HyCreationOrder>;
-    using Constraints = SortedVector<HyConstraint*, HyCreationOrder>;
+    using Parts = HyWalkedObjects<HyPart>;
+    using Constraints = HyWalkedObjects<HyConstraint>;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
