@@ -1,7 +1,13 @@
 #include <Col/ColPrimitives.h>
 
 #include <Col/ColBox.h>
+#include <Col/ColCapsule.h>
+#include <Col/ColCone.h>
+#include <Col/ColCylinder.h>
+#include <Col/ColFrame.h>
 #include <Col/ColPlane.h>
+#include <Col/ColRequest.h>
+#include <Col/ColSimplify.h>
 #include <Col/ColSphere.h>
 
 #include "ColPrimitivePairs.h"
@@ -10,6 +16,9 @@ void ColPrimitivesRegisterTypes() {
     ColSphereRegisterType();
     ColBoxRegisterType();
     ColPlaneRegisterType();
+    ColCylinderRegisterType();
+    ColConeRegisterType();
+    ColCapsuleRegisterType();
 }
 
 void ColPrimitivesRegisterInteractions() {
@@ -18,4 +27,30 @@ void ColPrimitivesRegisterInteractions() {
     ColBoxPlaneRegisterInteraction();
     ColBoxSphereRegisterInteraction();
     ColSpherePlaneRegisterInteraction();
+    ColConePlaneRegisterInteraction();
+    ColConeSphereRegisterInteraction();
+    ColConeBoxRegisterInteraction();
+    ColConeConeRegisterInteraction();
+    ColBoxCylinderRegisterInteraction();
+    ColCylinderPlaneRegisterInteraction();
+    ColCylinderSphereRegisterInteraction();
+    ColCylinderCylinderRegisterInteraction();
+    ColConeCylinderRegisterInteraction();
+}
+
+void ColCapsulePrimitiveRegisterInteraction() {
+    ColCapsuleCapsuleRegisterInteraction();
+    ColCapsuleSphereRegisterInteraction();
+    ColCapsulePlaneRegisterInteraction();
+    ColBoxCapsuleRegisterInteraction();
+    ColCylinderCapsuleRegisterInteraction();
+}
+
+void ColPrimitivesSetDefaults() {
+    static ColRequest request;
+    ColModelSetDefaultContactTolerance(0.001);
+    ColSetContactDegeneracyThreshold(0.001, static_cast<KitReal>(0.99F));
+    ColRequestInit(&request);
+    ColSetDefaultRequestPtr(&request);
+    request.faceNormalsFirst = 1;
 }
