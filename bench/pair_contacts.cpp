@@ -1,0 +1,96 @@
+// Time of one call of a pair's contact generator with its reduction, for pairs apart, touching by a
+// thousandth and deep in each other, over 64 poses each.
+#include <Col/ColBox.h>
+#include <Col/ColCapsule.h>
+#include <Col/ColCylinder.h>
+#include <Col/ColIntersect.h>
+#include <Col/ColModelFunctions.h>
+#include <Col/ColPlane.h>
+#include <Col/ColPrimitives.h>
+#include <Col/ColSphere.h>
+
+#include <array>
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <string>
+
+namespace {
+
+constexpr int kPoses = 64;
+
+struct Shape {
+    const char* name;
+    ColGeometry* geometry;
+    KitReal lower; ///< height of the centre over the lowest point as it rests, m
+};
+
+/// A model over another, turned a little more about the upright in each pose.
+void intersectPoses(benchmark::State& state, const Shape& below, const Shape& above,
+                    KitReal separation) {
+    std::array<lsTransform, kPoses> poses;
+    for (int i = 0; i < kPoses; ++i) {
+        lsTransform& tm = poses[static_cast<std::size_t>(i)];
+        tm.row[0][0] = tm.row[1][1] = std::cos(0.1 * i);
+        tm.row[0][1] = std::sin(0.1 * i);
+        tm.row[1][0] = -tm.row[0][1];
+        tm.t() = lsVec3(0.01 * i, 0.1, below.lower + above.lower + separation);
+    }
+    lsTransform ground, moving;
+    ColModel *model1 = ColModelCreate(below.geometry), *model2 = ColModelCreate(above.geometry);
+    ColModelSetTransformPtr(model1, &ground);
+    ColModelSetTransformPtr(model2, &moving);
+    ColModelPair* pair = ColModelPairCreate(model1, model2);
+    ColHello(pair);
+    ColContact contacts[8];
+    ColIntersectResult result;
+    result.contacts = contacts;
+    result.contactMaxCount = 8;
+    std::size_t pose = 0;
+    for (auto unused : state) {
+        (void)unused;
+        moving = poses[pose++ % kPoses];
+        ColIntersect(pair, &result);
+        benchmark::DoNotOptimize(result.contactCount);
+    }
+    state.counters["contacts"] = result.contactCount;
+    ColGoodbye(pair);
+    ColModelPairDestroy(pair);
+    ColModelDestroy(model1);
+    ColModelDestroy(model2);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    ColPrimitivesRegisterTypes();
+    ColPrimitivesRegisterInteractions();
+    ColCapsulePrimitiveRegisterInteraction();
+    ColPrimitivesSetDefaults();
+
+    const Shape sphere{"sphere", ColSphereCreate(0.5), 0.5};
+    const Shape box{"box", ColBoxCreate(1, 1, 1), 0.5};
+    const Shape capsule{"capsule", ColCapsuleCreate(0.3, 0.6), 0.6};
+    const Shape cylinder{"cylinder", ColCylinderCreate(0.5, 1), 0.5};
+    const Shape plane{"plane", ColPlaneCreate(), 0};
+    const Shape* const pairs[][2] = {
+        {&sphere, &sphere}, {&plane, &sphere},      {&box, &sphere},       {&box, &box},
+        {&plane, &box},     {&box, &capsule},       {&capsule, &capsule},  {&capsule, &sphere},
+        {&plane, &capsule}, {&cylinder, &sphere},   {&cylinder, &capsule}, {&plane, &cylinder},
+        {&box, &cylinder},  {&cylinder, &cylinder},
+    };
+    struct Gap {
+        const char* name;
+        KitReal separation; ///< m
+    };
+    for (const auto& pair : pairs)
+        for (const Gap& gap : {Gap{"apart", 0.1}, Gap{"touching", -0.001}, Gap{"deep", -0.2}})
+            benchmark::RegisterBenchmark(
+                (std::string(pair[0]->name) + "_" + pair[1]->name + "/" + gap.name).c_str(),
+                [&, gap](benchmark::State& state) {
+                    intersectPoses(state, *pair[0], *pair[1], gap.separation);
+                });
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    for (const Shape& shape : {sphere, box, capsule, cylinder, plane})
+        ColGeometryDestroy(shape.geometry);
+}
