@@ -1,5 +1,7 @@
 #include "PairFixture.h"
 
+#include <Col/ColPrimitivePrimitiveDistance.h>
+
 namespace {
 
 using Make = ColGeometry* (*)();
@@ -182,5 +184,31 @@ TEST_F(PairTest, NothingTouchesBeforeTheSafeTime) {
         later.t().addMultiple(safe.time, velocity);
         a.model.mGlobalTM = &later;
         EXPECT_GE(trueSeparation(a.model, b.model), -1e-9);
+    }
+}
+
+// The distance of bodies apart is their greatest separation, and the closest points are that far from
+// each other and on their bodies.
+TEST_F(PairTest, DistanceIsTheGreatestSeparation) {
+    ColPrimitivePrimitiveRegisterDistance();
+    for (const Combination& c : kCombinations) {
+        for (int round = 0; round < 10; ++round) {
+            SCOPED_TRACE(describe(c, round));
+            Body a(c.a.make(), randomRotation()), b(c.b.make(), randomRotation());
+            b.frame.t() = uniform(1.5, 3) * randomUnit();
+            ColModelPair pair{.model1 = &a.model, .model2 = &b.model};
+            ColHello(&pair);
+            ColDistanceResult result;
+            if (ColDistance(&pair, &result) == 0)
+                break;
+            EXPECT_NEAR(result.distanceLB, std::max(trueSeparation(a.model, b.model), 0.0), 1e-6);
+            EXPECT_NEAR((result.point1 - result.point2).norm(), result.distanceUB, 1e-9);
+            EXPECT_TRUE(holds(*pair.model1, result.point1, 1e-9));
+            EXPECT_TRUE(holds(*pair.model2, result.point2, 1e-9));
+            KitReal distance;
+            lsVec3 normal;
+            ASSERT_EQ(ColPointSurfaceDistance(pair.model1, result.point2, &distance, &normal), 1);
+            EXPECT_NEAR(distance, result.distanceUB, 1e-9);
+        }
     }
 }

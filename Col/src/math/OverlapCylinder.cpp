@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace {
 
@@ -234,7 +235,7 @@ private:
 lsVec3 IxCylinderCylinderData::EndCapMin(KitReal a, KitReal b) const noexcept {
     constexpr int kMaxSteps = 30, kMaxHalvings = 20;
     constexpr KitReal kSmallTurn = 1e-12;
-    const auto quarter = 0.5 * 3.14159265358979323846;
+    constexpr KitReal quarter = 0.5 * std::numbers::pi;
     lsVec3 d = way(a, b);
     for (int step = 0; step < kMaxSteps; ++step) {
         // With p, q the spokes and p', q' their derivatives: gradient (-d.p', d.q'), second

@@ -97,7 +97,7 @@ Closest boxBoxDist(const lsVec3& r1, const lsVec3& r2, const lsTransform& t12) n
 Closest boxBoxOrInside(const lsVec3& r1, const lsVec3& r2, const lsTransform& t12) noexcept {
     OverlapAxis overlap;
     if (overlapOBBs(&overlap, 0, r1, r2, t12) && overlap.separation < 0)
-        return {.distance = 0};
+        return {0, lsVec3(), lsVec3()};
     return boxBoxDist(r1, r2, t12);
 }
 
