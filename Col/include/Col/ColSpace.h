@@ -55,7 +55,6 @@ HY_API void ColSpaceUnfreezeModel(ColModel* model);
 [[nodiscard]] HY_API bool ColSpaceModelIsFrozen(const ColModel* model);
 /// The same for a model that is known to be in a space.
 [[nodiscard]] HY_API bool ColSpaceModelIsFrozenNoCheck(const ColModel* model);
-[[nodiscard]] HY_API CxSpace* ColModelGetSpace(const ColModel* model);
 [[nodiscard]] HY_API int ColSpaceGetModelCount(const CxSpace* space);
 HY_API void ColSpaceModelIteratorBegin(const CxSpace* space, ColSpaceModelIterator* it);
 /// The next model by id; false at the end.

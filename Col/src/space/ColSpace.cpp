@@ -154,7 +154,6 @@ bool ColSpaceModelIsFrozenNoCheck(const ColModel* model) {
     return !model->mSpace->GetDynamic(model->mSpaceID);
 }
 
-CxSpace* ColModelGetSpace(const ColModel* model) {
     return model->mSpace;
 }
 
