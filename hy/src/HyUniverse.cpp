@@ -3,6 +3,7 @@
 #include "HySavedCoordinates.h"
 
 #include <Hy/HyFrame.h>
+#include <Hy/HyMaterialTable.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyThread.h>
 #include <Hy/HyUniverseObserver.h>
@@ -42,8 +43,10 @@ unsigned raisedToEven(unsigned n) {
 
 } // namespace
 
-HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable*)
-    : mSavedCoordinates(std::make_unique<HySavedCoordinates>()) {
+HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable* materialTable)
+    : mSavedCoordinates(std::make_unique<HySavedCoordinates>()),
+      mOwnMaterialTable(materialTable ? nullptr : new HyMaterialTable),
+      mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()) {
     init(maxCollisionGeometries);
     setEarthGravity();
 }
@@ -119,6 +122,33 @@ HyReal HyUniverse::getCollisionSafeTime() const {
 
 int HyUniverse::getLastPartitionCount() const {
     return mWorld->partitionOutput.nPartitions;
+}
+
+// Materials.
+
+void HyUniverse::setMaterialTable(HyMaterialTable* table) {
+    if (!table) {
+        HyWarning(0, "HyUniverse::setMaterialTable: table must not be null.\n");
+        return;
+    }
+    if (table == mMaterialTable)
+        return;
+    warnIfStepping("set material table");
+    mMaterialTable = table;
+    mOwnMaterialTable.reset();
+}
+
+HyMaterial* HyUniverse::getMaterial(const char* name) const {
+    return mMaterialTable->getMaterial(name);
+}
+
+HyContactMaterial* HyUniverse::getContactMaterial(const HyMaterial* material1,
+                                                  const HyMaterial* material2) const {
+    return mMaterialTable->getContactMaterial(material1, material2);
+}
+
+void HyUniverse::dumpMaterialPropertyTable(const char* filename) const {
+    mMaterialTable->dump(filename);
 }
 
 // Bodies and constraints.

@@ -13,6 +13,8 @@
 #include <Hy/HyConstraintFriction.h>
 #include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
+#include <Hy/HyContactMaterial.h>
+#include <Hy/HyContactProperties.h>
 #include <Hy/HyCylindrical.h>
 #include <Hy/HyDistanceJoint.h>
 #include <Hy/HyDistanceJointState.h>
@@ -27,6 +29,8 @@
 #include <Hy/HyLinear2.h>
 #include <Hy/HyLinear3.h>
 #include <Hy/HyMassProperties.h>
+#include <Hy/HyMaterial.h>
+#include <Hy/HyMaterialTable.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyMotorConstraint.h>
 #include <Hy/HyPart.h>
@@ -36,6 +40,7 @@
 #include <Hy/HySolverParameters.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
+#include <Hy/HyTireModelParams.h>
 #include <Hy/HyTransform.h>
 #include <Hy/HyUniversal.h>
 #include <Hy/HyUniverse.h>

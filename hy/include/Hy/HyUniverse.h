@@ -13,6 +13,8 @@ struct DynWorld;
 
 namespace Hy {
 class HyConstraint;
+class HyContactMaterial;
+class HyMaterial;
 class HyMaterialTable;
 class HyPart;
 class HySolverParameters;
@@ -65,7 +67,7 @@ public:
     /// A universe with earth's gravity and auto-sleep on.
     /// @param maxCollisionGeometries capacity, raised to an even number
     /// @param maxCollisionPairs capacity
-    /// @param materialTable null; the argument keeps the place of a shared table of materials
+    /// @param materialTable not owned; null: the universe makes a table of its own
     HyUniverse(unsigned maxCollisionGeometries, unsigned maxCollisionPairs,
                HyMaterialTable* materialTable);
     /// Tells the observers, then destroys all contents.
@@ -107,6 +109,20 @@ public:
     /// Visits the constraints that act. Elements may be removed, disabled or destroyed on the way.
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsBegin();
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsEnd();
+
+    // Materials.
+
+    [[nodiscard]] HyMaterialTable* getMaterialTable() const { return mMaterialTable; }
+    /// Takes another table, which is not owned and stays valid; a table of the universe's own goes.
+    /// Null: a warning, nothing changes.
+    void setMaterialTable(HyMaterialTable* table);
+    /// HyMaterialTable::getMaterial() of the table.
+    [[nodiscard]] HyMaterial* getMaterial(const char* name) const;
+    /// HyMaterialTable::getContactMaterial() of the table.
+    [[nodiscard]] HyContactMaterial* getContactMaterial(const HyMaterial* material1,
+                                                        const HyMaterial* material2) const;
+    /// HyMaterialTable::dump() of the table.
+    void dumpMaterialPropertyTable(const char* filename) const;
 
     // Observers and subscribers; not owned.
 
@@ -286,6 +302,8 @@ private:
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
+    std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
+    HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
