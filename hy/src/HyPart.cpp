@@ -2,6 +2,7 @@
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
+#include <Hy/FrictionDirectionSubscriber.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
@@ -66,6 +67,7 @@ HyPart::~HyPart() {
         mConstraintsArr.back()->forgetPart(this);
     if (mUniverse)
         mUniverse->removePart(this);
+    setFrictionDirectionSubscriber(nullptr);
     DynBodyDisable(mDynBodyID);
     returnBody(mDynBodyID);
 }
