@@ -92,6 +92,10 @@ public:
     [[nodiscard]] virtual std::span<CxPairLink* const> GetRestingPairList() = 0;
     /// Pairs that ended, those of removed models first.
     [[nodiscard]] virtual std::span<CxPairLink* const> GetOldPairOverlapList() = 0;
+    /// Pairs of models that were removed or parked since the last interval ended.
+    [[nodiscard]] virtual std::span<CxPairLink* const> GetRemovedPairList() = 0;
+    /// The living pairs of a model one by one, from null on; null at the end.
+    [[nodiscard]] virtual CxPairLink* GetNextPairOf(int id, const CxPairLink* link) = 0;
     /// Whether a link stands in its list still; what was disabled or removed since does not.
     [[nodiscard]] virtual bool IsListed(const CxPairLink* link) const = 0;
     /// Both models not dynamic and none disabled for a short term.

@@ -524,6 +524,8 @@ CxPairLink* CxTreeSpace::newLink(Entry* entry, List list) {
     ColModel* model1 = mReps[idx(entry->id[0])].model;
     ColModel* model2 = mReps[idx(entry->id[1])].model;
     ColModelPairReset(&link->mPair, model1, model2);
+    link->mPair.mResponseID1 = model1->mResponseID;
+    link->mPair.mResponseID2 = model2->mResponseID;
     link->mID1 = entry->id[0];
     link->mID2 = entry->id[1];
     link->mSerial1 = std::min(model1->serial, model2->serial);
@@ -707,6 +709,16 @@ std::span<CxPairLink* const> CxTreeSpace::GetRestingPairList() {
             mResting[i]->mIndex = i;
     }
     return mResting;
+}
+
+CxPairLink* CxTreeSpace::GetNextPairOf(int id, const CxPairLink* link) {
+    if (!ValidID(id))
+        return nullptr;
+    const auto* from = link != nullptr ? static_cast<const Entry*>(link->mOwner) : nullptr;
+    Entry* entry = from != nullptr ? from->next[from->id[1] == id] : mReps[idx(id)].pairs;
+    while (entry != nullptr && entry->link == nullptr)
+        entry = entry->next[entry->id[1] == id];
+    return entry != nullptr ? entry->link : nullptr;
 }
 
 bool CxTreeSpace::IsListed(const CxPairLink* link) const {

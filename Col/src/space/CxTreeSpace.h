@@ -50,6 +50,8 @@ public:
     std::span<CxPairLink* const> GetPairOverlapList() override { return mActive; }
     std::span<CxPairLink* const> GetRestingPairList() override;
     std::span<CxPairLink* const> GetOldPairOverlapList() override { return mEnded; }
+    std::span<CxPairLink* const> GetRemovedPairList() override { return mRemoved; }
+    CxPairLink* GetNextPairOf(int id, const CxPairLink* link) override;
     bool IsListed(const CxPairLink* link) const override;
     bool IsResting(const CxPairLink* link) const override;
 
