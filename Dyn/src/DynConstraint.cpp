@@ -108,7 +108,9 @@ bool mayTake(const DynBaseConstraint* c, const DynBody* body) {
 void replaceBody(DynBaseConstraint* c, int slot, DynBody* body) {
     DynBody* old = c->body[slot];
     KitCListNodeRemove(c, slot);
+    DynConstraintLetBodyGo(c, slot);
     c->body[slot] = body;
+    DynConstraintHoldBody(c, slot);
     moveAttachment(c, slot, old, body);
     if (old)
         forgetBody(c, old);
@@ -118,6 +120,11 @@ void replaceBody(DynBaseConstraint* c, int slot, DynBody* body) {
         return;
     if (!mayAct(c) || !KitCListNodeInsert(c, slot))
         DynConstraintDisable(c);
+}
+
+void letBodiesGo(DynBaseConstraint* c) {
+    for (int slot = 0; slot < kDynsMaxConstraintBodies; ++slot)
+        DynConstraintLetBodyGo(c, slot);
 }
 
 bool mayBeEnabled(const DynBaseConstraint* c) {
@@ -175,6 +182,7 @@ bool DynConstraintDestroy(DynBaseConstraint* constraint) {
         DynWorldRemoveConstraint(constraint->world, constraint);
     if (constraint->world) // in the middle of a step; it has been told
         return false;
+    letBodiesGo(constraint);
     constraint->bclH.tag = -1;
     KitPoolPutStruct(constraint->pool, constraint);
     return true;
@@ -189,13 +197,17 @@ void DynConstraintReset(DynBaseConstraint* constraint) {
     KitPool* pool = constraint->pool;
     Hy::HyConstraint* owner = constraint->mConstraint;
     const std::uint64_t serial = constraint->serial;
+    DynBaseConstraint *next = constraint->next, **tome = constraint->tome;
     const int slots = constraint->bclH.n_bodies, rows = constraint->bclH.max_rows;
+    letBodiesGo(constraint);
     constraint = type->construct(constraint); // the records have no destructor
     initRecord(constraint, *type);
     constraint->world = world;
     constraint->pool = pool;
     constraint->mConstraint = owner;
     constraint->serial = serial;
+    constraint->next = next;
+    constraint->tome = tome;
     constraint->bclH.n_bodies = slots;
     constraint->bclH.max_rows = rows;
 }
@@ -282,8 +294,9 @@ void DynConstraintEnableBodiesIfMoving(DynBaseConstraint* constraint) {
     DynBody** bodies = constraint->body;
     if (std::none_of(bodies, bodies + constraint->bclH.n_bodies, moves))
         return;
+    const DynBody* strongest = DynConstraintFindStrongestBody(constraint); // it may be asleep
     for (int slot = 0; slot < constraint->bclH.n_bodies; ++slot)
-        if (bodies[slot] && bodies[slot] != constraint->bclH.strongestBody)
+        if (bodies[slot] && bodies[slot] != strongest)
             DynBodyEnable(bodies[slot]);
 }
 

@@ -2,6 +2,7 @@
 
 #include "DynConstraintInternal.h"
 
+#include <Dync/DyncCoordinate.h>
 #include <Kit/KitMessage.h>
 #include <Kit/KitVector.h>
 
@@ -74,7 +75,7 @@ KitReal DynConstraintGetLimitForce(const DynBaseConstraint* constraint, const Dy
 
 KitReal DynConstraintGetLimitControlForce(const DynBaseConstraint* constraint,
                                           const DyncLimit* limit) {
-    if (hasControl(*limit, kDynConstraintControlFree))
+    if (!DyncLimitIsDriven(*limit))
         return 0;
     const KitReal force = lastRowForce(constraint, *limit);
     if (!isExceeded(*limit) || hasControl(*limit, kDynConstraintControlLockActive))

@@ -122,7 +122,7 @@ bool DyncLimitUpdateControlState(DyncLimit* limit) {
         limit->currentLimitState = kDynLimitExceeded;
         return true;
     }
-    return limit->currentControlState != kDynConstraintControlFree;
+    return DyncLimitIsDriven(*limit);
 }
 
 void DyncSetRowFactorsToLock(DynsInputRowFactors* factors, const DyncConstraintParameters* params,
@@ -221,10 +221,13 @@ void DyncLimitSetDriver(DynsInputRowFactors* factors, const DyncConstraintParame
         DyncSetRowFactorsToMotor(factors, params, row, *limit);
 }
 
+bool DyncLimitIsDriven(const DyncLimit& limit) {
+    return limit.currentControlState == kDynConstraintControlMotorActive ||
+           limit.currentControlState == kDynConstraintControlLockActive;
+}
+
 bool DyncLimitIsActive(const DyncLimit& limit) {
-    return limit.currentLimitState != kDynLimitInactive ||
-           limit.currentControlState == kDynConstraintControlMotorActive ||
-           limit.currentControlState == kDynConstraintControlLockActive ||
+    return limit.currentLimitState != kDynLimitInactive || DyncLimitIsDriven(limit) ||
            limit.bForceCalculatePosition != 0;
 }
 

@@ -124,6 +124,57 @@ TEST_F(DynConstraintTest, DestroyedBodyLeavesItsSlot) {
     EXPECT_EQ(world->nEnabledConstraints, 0);
 }
 
+// Whatever goes first, a constraint that does not act points at no body that is gone, and the other
+// way round.
+TEST_F(DynConstraintTest, DisabledConstraintsAndBodiesForgetEachOther) {
+    DynBody *a = addBody(), *b = addBody();
+    DynBaseConstraint *idle = add(kDynTagHinge, a, b), *twice = add(kDynTagHinge, a, a),
+                      *once = add(kDynTagGeneric, b, nullptr), *reset = add(kDynTagHinge, a, b);
+    DynBaseConstraint* outside = DynConstraintCreateInPool(&pool, kDynTagHinge); // in no world
+    DynConstraintSetBodies(outside, b, a);
+    DynConstraintSetBody(once, 5, a);
+    DynConstraintEnable(idle);
+    DynConstraintDisable(idle);
+    DynConstraintSetBodySeenAsKinematic(idle, a);
+    DynConstraintReset(reset);
+    DynConstraintDestroy(outside);
+    DynBodyDestroy(a);
+    EXPECT_EQ(idle->body[0], nullptr);
+    EXPECT_EQ(idle->bclH.bodySeenAsKinematic, nullptr);
+    EXPECT_EQ(idle->bclH.r[0], nullptr);
+    EXPECT_EQ(twice->body[0], nullptr);
+    EXPECT_EQ(twice->body[1], nullptr);
+    EXPECT_EQ(once->body[5], nullptr);
+    EXPECT_EQ(idle->body[1], b) << "the other body stays";
+    EXPECT_TRUE(DynConstraintEnable(idle));
+    EXPECT_TRUE(DynConstraintEnable(once));
+    step();
+}
+
+// A constraint outlives the world of its bodies, and bodies outlive the world of their constraints.
+TEST_F(DynConstraintTest, DestroyedWorldIsForgotten) {
+    DynWorld* other = DynWorldCreate(1, 1);
+    DynBody *theirs = DynBodyCreate(other), *mine = DynBodyCreate(world), *left = addBody();
+    DynWorldInsertBody(other, theirs);
+    DynWorldInsertBody(other, mine);
+    DynBaseConstraint* joint = DynConstraintCreateInPool(&pool, kDynTagHinge);
+    joints.push_back(joint);
+    DynConstraintSetBodies(joint, theirs, mine);
+    DynWorldInsertConstraint(other, joint);
+    DynConstraintReset(joint); // stays in its world
+    DynConstraintSetBodies(joint, theirs, mine);
+    DynBaseConstraint* goes = DynConstraintCreateInPool(other->constraintPool, kDynTagHinge);
+    DynConstraintSetBodies(goes, mine, left);
+    DynWorldInsertConstraint(other, goes);
+    DynWorldDestroy(other);
+    EXPECT_EQ(joint->world, nullptr);
+    EXPECT_EQ(joint->body[0], nullptr);
+    EXPECT_EQ(joint->body[1], mine);
+    DynBodyDestroy(mine);
+    DynBodyDestroy(left);
+    EXPECT_EQ(joint->body[1], nullptr);
+}
+
 TEST_F(DynConstraintTest, AttachmentsFollowTheirFrames) {
     std::mt19937 random(7);
     for (int round = 0; round < 20; ++round) {
@@ -204,6 +255,31 @@ TEST_F(DynConstraintTest, StrongestBodyIsNotMoved) {
     DynConstraintBodyGetPosition(joint, 1, p1);
     EXPECT_NEAR(p0[1], p1[1], 1e-3);
     EXPECT_GT(p0[1], 0.5);
+}
+
+// Steps pass a constraint by while its bodies sleep; once awake, it goes by what holds then.
+TEST_F(DynConstraintTest, StrengthSetDuringSleepCounts) {
+    DynBody *weak = addBody(), *strong = addBody(1);
+    addBody(9); // keeps the world stepping
+    DynBodySetUserGroup(strong, 1);
+    DynBaseConstraint* joint = add(kDynTagBSJoint, weak, strong);
+    DynConstraintEnable(joint);
+    step();
+    DynBodyDisable(weak);
+    DynBodyDisable(strong);
+    DynGroupingGet(world, 1)->strength = 5;
+    step(2);
+    EXPECT_EQ(joint->bclH.strongestBody, nullptr) << "nothing was done for it";
+    DynConstraintEnableBodiesIfMoving(joint);
+    EXPECT_FALSE(DynBodyIsEnabled(weak)) << "none of its bodies moves";
+    DynBodyEnable(weak);
+    DynConstraintEnableBodiesIfMoving(joint);
+    EXPECT_FALSE(DynBodyIsEnabled(strong)) << "the strongest one sleeps on";
+    const KitVector3 push = {0, 60, 0};
+    DynBodyAddForce(weak, push);
+    step();
+    EXPECT_EQ(strong->kiroBody.vel[1], 0);
+    EXPECT_NEAR(weak->kiroBody.vel[1], 0, 0.1) << "held at its end, it turns";
 }
 
 TEST_F(DynConstraintTest, BodySeenAsKinematicIsNotMoved) {

@@ -98,6 +98,21 @@ TEST_F(CoordinateTest, LockBeyondAStopGivesTwoRows) {
     EXPECT_EQ(limit().currentLimitState, kDynLimitExceeded);
 }
 
+// A control that has no row of its own lets the coordinate go, but not through its stops.
+TEST_F(CoordinateTest, OtherControlIsFreeBetweenItsStops) {
+    limit().currentLimitState = kDynLimitActive;
+    limit().currentControlState = kDynConstraintControlControllerActive;
+    limit().limit[0].stop = -0.5;
+    limit().limit[1].stop = 0.5;
+    turn(0.25);
+    EXPECT_EQ(rows(), 5);
+    turn(0.5);
+    ASSERT_EQ(rows(), 6);
+    EXPECT_EQ(f.rows->upper[5], 0);
+    limit().currentLimitState = kDynLimitInactive;
+    EXPECT_EQ(rows(), 5);
+}
+
 TEST_F(CoordinateTest, MotorSlowsDownBeforeAStopAndNeverTurnsBack) {
     limit().currentLimitState = kDynLimitActive;
     limit().currentControlState = kDynConstraintControlMotorActive;
