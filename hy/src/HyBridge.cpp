@@ -157,7 +157,8 @@ void HyBridge::setPartPartResponseRequestMaxIndex(int index) {
     constexpr int kMaxIndex = 1 << 12;
     const int old = mRequestTable.size();
     if (index > kMaxIndex)
-        HyWarning(0, "HyBridge::setPartPartResponseRequestMaxIndex: the index must be at most %d.\n",
+        HyWarning(0,
+                  "HyBridge::setPartPartResponseRequestMaxIndex: the index must be at most %d.\n",
                   kMaxIndex);
     if (index < old || index > kMaxIndex)
         return;
@@ -177,7 +178,8 @@ void HyBridge::updatePairsForNewCollisionGeometryRequest(HyCollisionGeometry* ge
         const ColModel* other = pair->model1 == model ? pair->model2 : pair->model1;
         const HyCollisionGeometry* partner = other->mCollisionGeometry;
         if (partner && partner->getPart())
-            pair->request = getPartPartColRequest(pair->model1->mRequestID, pair->model2->mRequestID);
+            pair->request =
+                getPartPartColRequest(pair->model1->mRequestID, pair->model2->mRequestID);
     }
 }
 

@@ -200,10 +200,11 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
             break;
         ++arena.overrun; // the contacts may have been cut
         arena.buffer.resize(2 * arena.buffer.size());
-        HyInfo(0,
-               "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the initial "
-               "buffer size can be set using HyUniverse::setContactBufferSize.\n",
-               static_cast<int>(arena.buffer.size()));
+        HyInfo(
+            0,
+            "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the initial "
+            "buffer size can be set using HyUniverse::setContactBufferSize.\n",
+            static_cast<int>(arena.buffer.size()));
     }
     bool touches = result.touch != 0;
     if (touches && result.safeTime > 0 && result.safeTime < time) {
@@ -215,8 +216,9 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
     if (!touches && !touched)
         return;
     ColModelPairSetWasIntersecting(pair, touches);
-    ColIntersectResult& kept =
-        add(Result::kRespond, !touches ? kEventDisjoint : touched ? kEventActive : kEventFirst);
+    ColIntersectResult& kept = add(Result::kRespond, !touches  ? kEventDisjoint
+                                                     : touched ? kEventActive
+                                                               : kEventFirst);
     if (!touches)
         return;
     kept = result;

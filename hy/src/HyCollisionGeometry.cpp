@@ -56,8 +56,8 @@ HyCollisionGeometry::~HyCollisionGeometry() {
 
 HyCollisionGeometry* HyCollisionGeometry::clone(bool deep) const {
     HyGeometry* shape = getGeometry();
-    auto* copy = new HyCollisionGeometry(shape && deep ? shape->clone() : shape, getMaterial(),
-                                         mTransform);
+    auto* copy =
+        new HyCollisionGeometry(shape && deep ? shape->clone() : shape, getMaterial(), mTransform);
     copy->mFilter = mFilter;
     copy->mTolerance = mTolerance;
     copy->mDensity = mDensity;
@@ -281,8 +281,9 @@ HyIntersectFilter* HyCollisionGeometry::getIntersectFilter() const {
 
 void HyCollisionGeometry::setContactTolerance(HyReal tolerance) {
     if (!(tolerance >= 0) || !std::isfinite(tolerance)) {
-        HyWarning(0, "HyCollisionGeometry::setContactTolerance: the tolerance must be finite and not "
-                     "negative.\n");
+        HyWarning(0,
+                  "HyCollisionGeometry::setContactTolerance: the tolerance must be finite and not "
+                  "negative.\n");
         return;
     }
     mTolerance = tolerance;

@@ -130,8 +130,9 @@ HyVector3 HyCollisionGeometry::getExtremePoint(const HyVector3& direction) const
 
 void HyCollisionGeometry::setRelativeDensity(HyReal density) {
     if (!(density > 0) || !std::isfinite(density)) {
-        HyWarning(0, "HyCollisionGeometry::setRelativeDensity: the density must be finite and larger "
-                     "than 0.\n");
+        HyWarning(0,
+                  "HyCollisionGeometry::setRelativeDensity: the density must be finite and larger "
+                  "than 0.\n");
         return;
     }
     mDensity = density;

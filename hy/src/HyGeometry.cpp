@@ -53,8 +53,9 @@ void HyGeometry::_computeMassProperties() {
     mCOM = HyVector3();
     for (auto& row : mTensor)
         std::fill_n(row, 3, HyReal{0});
-    HyWarning(0, "HyGeometry::_computeMassProperties: an error occurred while trying to compute mass "
-                 "properties.\n");
+    HyWarning(0,
+              "HyGeometry::_computeMassProperties: an error occurred while trying to compute mass "
+              "properties.\n");
 }
 
 HyReal HyGeometry::getVolume() {

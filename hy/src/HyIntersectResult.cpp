@@ -109,7 +109,8 @@ HyIntersectResult::CollisionContactIterator HyIntersectResult::collisionContactB
 }
 
 HyIntersectResult::CollisionContactIterator HyIntersectResult::collisionContactEnd() const {
-    return {mIntersectResult ? mIntersectResult->contacts + mIntersectResult->contactCount : nullptr,
+    return {mIntersectResult ? mIntersectResult->contacts + mIntersectResult->contactCount
+                             : nullptr,
             this};
 }
 

@@ -45,11 +45,13 @@ void HyIntersectSubscriberList::forEach(Call call) {
     mWalking = false;
 }
 
-void HyIntersectSubscriberList::notifyDisjoint(eIntersectEventType event, HyIntersectResult* result) {
+void HyIntersectSubscriberList::notifyDisjoint(eIntersectEventType event,
+                                               HyIntersectResult* result) {
     forEach([&](HyIntersectSubscriber& subscriber) { subscriber.notifyDisjoint(event, result); });
 }
 
-void HyIntersectSubscriberList::notifyIntersect(eIntersectEventType event, HyIntersectResult* result,
+void HyIntersectSubscriberList::notifyIntersect(eIntersectEventType event,
+                                                HyIntersectResult* result,
                                                 HyDynamicsResponseInput* input) {
     forEach([&](HyIntersectSubscriber& subscriber) {
         subscriber.notifyIntersect(event, result, input);
@@ -64,7 +66,8 @@ bool HySubscriberListResponse::accepts(const HyIntersectResult* result) const {
     return !mAcceptNotification || mAcceptNotification->accept(result);
 }
 
-void HySubscriberListResponse::notifyDisjoint(eIntersectEventType event, HyIntersectResult* result) {
+void HySubscriberListResponse::notifyDisjoint(eIntersectEventType event,
+                                              HyIntersectResult* result) {
     if (accepts(result))
         HyIntersectSubscriberList::notifyDisjoint(event, result);
 }
@@ -84,7 +87,8 @@ void HySubscriberListResponseHandler::addIntersectSubscriber(int id1, int id2,
     constexpr int kMaxID = 1 << 12; // the table is a triangle
     if (!subscriber || id1 < 0 || id2 < 0 || id1 > kMaxID || id2 > kMaxID || event < 0 ||
         event >= kEventCount) {
-        HyWarning(0, "HyUniverse::addIntersectSubscriber: subscriber, ids and event must be valid.\n");
+        HyWarning(0,
+                  "HyUniverse::addIntersectSubscriber: subscriber, ids and event must be valid.\n");
         return;
     }
     const std::size_t place = placeOf(id1, id2, event);

@@ -30,8 +30,9 @@ void HyPlane::getDistanceToPoint(const HyTransform& transform, const HyVector3& 
 bool HyPlane::computeLeastSquaresPlane(const HyArray<HyVector3>& points, HyTransform& transform) {
     constexpr std::size_t kPlanePoints = 3;
     if (points.size() < kPlanePoints) {
-        HyWarning(0, "HyPlane::computeSmallestEnclosing: insufficient number of points (%d) "
-                     "specified.\n",
+        HyWarning(0,
+                  "HyPlane::computeSmallestEnclosing: insufficient number of points (%d) "
+                  "specified.\n",
                   static_cast<int>(points.size()));
         return false;
     }

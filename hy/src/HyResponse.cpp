@@ -13,8 +13,8 @@ namespace Hy {
 
 void HyResponseStartBody_Body::operator()(HyBridge* bridge, ColModelPair* pair, CxSpace*, DynWorld*,
                                           const HyResponsePair*) {
-    ColHelloWithRequest(pair, bridge->getPartPartColRequest(pair->model1->mRequestID,
-                                                            pair->model2->mRequestID));
+    ColHelloWithRequest(
+        pair, bridge->getPartPartColRequest(pair->model1->mRequestID, pair->model2->mRequestID));
     pair->responseData = DynContactInvalidID;
 }
 

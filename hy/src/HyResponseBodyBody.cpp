@@ -78,8 +78,9 @@ bool wantsMatching(const DyncContactMaterial& material) {
 class Update {
 public:
     Update(HyBridge& bridge, ColModelPair& pair, const ColIntersectResult& result, DynWorld& world)
-        : mBridge(bridge), mPair(pair), mResult(result), mWorld(world),
-          mBody{pair.model1->mBody, pair.model2->mBody}, mRoot{rootOf(mBody[0]), rootOf(mBody[1])} {}
+        : mBridge(bridge), mPair(pair), mResult(result),
+          mWorld(world), mBody{pair.model1->mBody, pair.model2->mBody}, mRoot{rootOf(mBody[0]),
+                                                                              rootOf(mBody[1])} {}
 
     void run();
 
@@ -195,7 +196,8 @@ DynContact* Update::takeRecord() {
     return contact;
 }
 
-void Update::fill(DynContact& target, const ColContact& contact, const HyContactMaterial& material) {
+void Update::fill(DynContact& target, const ColContact& contact,
+                  const HyContactMaterial& material) {
     lsVec3 position;
     ColContactGetPosition(&contact, 0, &position);
     DynConstraintEnable(&target);

@@ -2,6 +2,9 @@
 
 #include "HySavedCoordinates.h"
 
+#include <Col/ColSpace.h>
+#include <Hy/HyBridge.h>
+#include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
 #include <Hy/HySafeWalk.h>
 
@@ -48,8 +51,17 @@ void HyUniverse::preStepParts() {
     forEachEnabledBody(*mWorld, DynBodySaveUserForces);
 }
 
-void HyUniverse::detectCollisionsImpl(HyReal) {
+void HyUniverse::detectCollisionsImpl(HyReal dt) {
     mStepping = true;
+    HyFrame* frame = HyFrame::instance();
+    mSpace->SetThreadPool(mBroadPhaseMultithreaded ? frame->getThreadPool() : nullptr);
+    measure(mUniverseTimings.collisionDetectionBroadPhase,
+            [this, dt] { ColSpacePathUpdateAll(mSpace, dt); });
+    mBridge->resetAccumulatedIntersectSubscriberTime();
+    measure(mUniverseTimings.collisionDetectionContactGeneration,
+            [this, dt] { mBridge->updateContacts(dt); });
+    mUniverseTimings.intersectSubscribers =
+        kMillisecondsPerSecond * mBridge->getAccumulatedIntersectSubscriberTime();
     measure(mUniverseTimings.updateSubscribers, [this] {
         mUpdateSubscriberList.forEach(
             [this](UpdateSubscriber& subscriber) { subscriber.update(this); });

@@ -154,7 +154,7 @@ bool ColSpaceModelIsFrozenNoCheck(const ColModel* model) {
     return !model->mSpace->GetDynamic(model->mSpaceID);
 }
 
-    return model->mSpace;
+return model->mSpace;
 }
 
 int ColSpaceGetModelCount(const CxSpace* space) {

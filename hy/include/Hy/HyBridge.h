@@ -30,7 +30,8 @@ class HY_API HyBridge : public HySubscriberListResponseHandler {
 public:
     /// @param materialTable,space,world not owned
     /// @param contactBufferSize contacts that one pair may give at first
-    HyBridge(HyMaterialTable* materialTable, CxSpace* space, DynWorld* world, int contactBufferSize);
+    HyBridge(HyMaterialTable* materialTable, CxSpace* space, DynWorld* world,
+             int contactBufferSize);
     ~HyBridge() override;
 
     // Tables.

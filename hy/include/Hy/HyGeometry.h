@@ -83,7 +83,8 @@ protected:
     /// After a change of size.
     void shapeChanged();
 
-    template <class Record> [[nodiscard]] Record* record() const {
+    template <class Record>
+    [[nodiscard]] Record* record() const {
         return static_cast<Record*>(mColGeometryID);
     }
 

@@ -79,8 +79,8 @@ public:
                                                           eIntersectEventType event,
                                                           const HyIntersectSubscriber* s) const;
     /// Null if nobody ever subscribed.
-    [[nodiscard]] HySubscriberListResponse* getIntersectSubscriberList(
-        int id1, int id2, eIntersectEventType event) const {
+    [[nodiscard]] HySubscriberListResponse*
+    getIntersectSubscriberList(int id1, int id2, eIntersectEventType event) const {
         const std::size_t place = placeOf(id1, id2, event);
         return place < mTable.size() ? mTable[place].get() : nullptr;
     }

@@ -65,8 +65,8 @@ class HY_API HyResponseStart_Sensor_PS : public HyResponseStart_Sensor_Body {};
 /// Two parts: turns the result into contacts of the dynamics, which continue those of the last step.
 class HY_API HyResponseBody_Body : public HyResponseActive {
 public:
-    void operator()(HyBridge* bridge, ColModelPair* pair, ColIntersectResult* result, CxSpace* space,
-                    DynWorld* world, const HyResponsePair* response) override;
+    void operator()(HyBridge* bridge, ColModelPair* pair, ColIntersectResult* result,
+                    CxSpace* space, DynWorld* world, const HyResponsePair* response) override;
 };
 
 /// Two parts: wakes them if they move and ends their contacts.
@@ -79,8 +79,8 @@ public:
 /// A response of the application's own.
 class HY_API HyResponseActive_User : public HyResponseActive {
 public:
-    void operator()(HyBridge* bridge, ColModelPair* pair, ColIntersectResult* result, CxSpace* space,
-                    DynWorld* world, const HyResponsePair* response) override;
+    void operator()(HyBridge* bridge, ColModelPair* pair, ColIntersectResult* result,
+                    CxSpace* space, DynWorld* world, const HyResponsePair* response) override;
     virtual void userResponse(HyIntersectResult* result, const HyCollisionGeometryPair* pair) = 0;
 };
 

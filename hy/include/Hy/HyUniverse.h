@@ -1,17 +1,24 @@
 #pragma once
 #include <Hy/HyCallbackList.h>
 #include <Hy/HyEnabledListIterator.h>
+#include <Hy/HyIntersectSubscriber.h>
 #include <Hy/SortedVector.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
 
 #include <memory>
 
+class CxSpace;
+struct ColModel;
 struct DynBaseConstraint;
 struct DynBody;
 struct DynWorld;
 
 namespace Hy {
+class HyBridge;
+class HyCollisionGeometry;
+class HyCollisionGeometryPair;
+class HyCollisionPairRequest;
 class HyConstraint;
 class HyContactMaterial;
 class HyMaterial;
@@ -19,6 +26,7 @@ class HyMaterialTable;
 class HyPart;
 class HySolverParameters;
 class HyUniverseObserver;
+struct HyResponsePair;
 struct HySavedCoordinates;
 class HyUniverseState;
 
@@ -31,6 +39,9 @@ class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
     using Parts = SortedVector<HyPart*, HyCreationOrder>;
     using Constraints = SortedVector<HyConstraint*, HyCreationOrder>;
+    using CollisionGeometries = SortedVector<HyCollisionGeometry*, HyCreationOrder>;
+    using IntersectSubscriber = HyIntersectSubscriber;
+    using eIntersectEventType = Hy::eIntersectEventType;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
@@ -40,6 +51,9 @@ public:
         HyReal updateSubscribers = 0;
         HyReal preStepParts = 0;
         HyReal postStepParts = 0;
+        HyReal collisionDetectionBroadPhase = 0;
+        HyReal collisionDetectionContactGeneration = 0;
+        HyReal intersectSubscribers = 0; ///< within the contact generation
     };
 
     /// Is called in each detection, so in each substep, before the solve. Not owned.
@@ -57,6 +71,16 @@ public:
         kPartitionSplittingAutomatic = 0,
         kPartitionSplittingOnePass = 1,
         kPartitionSplittingGroup = 2,
+    };
+
+    /// Response ids of geometries; applications may add more.
+    enum ResponseID : int {
+        kResponsePart = 0,   ///< makes contacts
+        kResponseSensor = 1, ///< only tells subscribers
+        kResponseParticle = 2,
+        kResponseSphParticle = 3,
+        kResponseUser = 4,
+        kMaxResponseID = 4,
     };
 
     using DynamicPartIterator = HyEnabledListIterator<DynBody, HyPart>;
@@ -123,6 +147,97 @@ public:
                                                         const HyMaterial* material2) const;
     /// HyMaterialTable::dump() of the table.
     void dumpMaterialPropertyTable(const char* filename) const;
+
+    // Collision geometries; those of parts come and go with their part.
+
+    bool addCollisionGeometry(HyCollisionGeometry* geometry);
+    HyCollisionGeometry* removeCollisionGeometry(HyCollisionGeometry* geometry);
+    void destroyCollisionGeometry(HyCollisionGeometry* geometry);
+    void destroyCollisionGeometries();
+    /// In the order of creation.
+    [[nodiscard]] const CollisionGeometries& getCollisionGeometries() const {
+        return mCollisionGeometries;
+    }
+
+    // Pairs of geometries. Answers false unless both are enabled and in one space. What is switched
+    // between steps acts in the next one.
+
+    bool enablePairIntersect(HyCollisionGeometry* a, HyCollisionGeometry* b);
+    bool disablePairIntersect(HyCollisionGeometry* a, HyCollisionGeometry* b);
+    bool enablePairIntersect(HyCollisionGeometry* a, HyPart* b);
+    bool disablePairIntersect(HyCollisionGeometry* a, HyPart* b);
+    bool enablePairIntersect(HyPart* a, HyPart* b);
+    bool disablePairIntersect(HyPart* a, HyPart* b);
+    [[nodiscard]] bool getPairIntersectEnabled(const HyCollisionGeometry* a,
+                                               const HyCollisionGeometry* b) const;
+    void enablePairsWith(HyCollisionGeometry* geometry);
+    void disablePairsWith(HyCollisionGeometry* geometry);
+    void enablePairsWith(HyPart* part);
+    void disablePairsWith(HyPart* part);
+    void enableAllPairs();
+    void disableAllPairs();
+    /// Pairs of geometries of parts that are not dynamic.
+    void enableKinematicPairs();
+    void disableKinematicPairs();
+    [[nodiscard]] std::size_t getPairEnabledCount() const;
+    /// Whether the boxes overlap.
+    [[nodiscard]] bool isPairNearby(const HyCollisionGeometry* a,
+                                    const HyCollisionGeometry* b) const;
+    [[nodiscard]] bool isPairNearby(const HyPart* a, const HyPart* b) const;
+    /// Null unless the boxes overlap.
+    [[nodiscard]] HyCollisionGeometryPair*
+    getCollisionGeometryPair(const HyCollisionGeometry* a, const HyCollisionGeometry* b) const;
+
+    // How pairs are looked at and what is done with them.
+
+    /// Request of pairs of parts whose geometries have these request ids; grows the table.
+    HyCollisionPairRequest& getPartPartCollisionPairRequest(int id1, int id2);
+    [[nodiscard]] int getPartPartCollisionRequestMaxIndex() const;
+    void setPartPartCollisionRequestMaxIndex(int index);
+    /// A new request id that is looked at as the template.
+    int getNewPartPartCollisionRequestID(int templateID);
+    HyCollisionPairRequest& getSensorPartCollisionPairRequest();
+    HyCollisionPairRequest& getSensorSensorCollisionPairRequest();
+    /// Ids out of range: a warning, and the pair of parts' or no change.
+    [[nodiscard]] const HyResponsePair& getResponsePair(int id1, int id2) const;
+    void setResponsePair(int id1, int id2, const HyResponsePair& response);
+    [[nodiscard]] int getResponsePairMaxIndex() const;
+    void setResponsePairMaxIndex(int index);
+    int getNewResponseIDFromTemplateID(int templateID);
+    [[nodiscard]] bool haveSameResponseFunction(int id1, int id2) const;
+    /// Not owned; the ids in either order. At a place in the list of who is told, the end if it is
+    /// shorter.
+    void addIntersectSubscriber(int id1, int id2, eIntersectEventType event,
+                                IntersectSubscriber* subscriber, unsigned priority = 0);
+    bool removeIntersectSubscriber(int id1, int id2, eIntersectEventType event,
+                                   IntersectSubscriber* subscriber);
+    /// Place in the list, the largest number if it is not there.
+    [[nodiscard]] unsigned getIntersectSubscriberPriority(int id1, int id2,
+                                                          eIntersectEventType event,
+                                                          const IntersectSubscriber* s) const;
+    void setAcceptNonDynamicPairCollision(bool on);
+    [[nodiscard]] bool getAcceptNonDynamicPairCollision() const;
+    /// Intersects pairs on the frame's workers; off at first.
+    void setCollisionIntersectMultithreaded(bool on);
+    [[nodiscard]] bool getCollisionIntersectMultithreaded() const;
+    /// Computes boxes on the frame's workers; off at first.
+    void setCollisionBroadPhaseMultithreaded(bool on);
+    [[nodiscard]] bool getCollisionBroadPhaseMultithreaded() const {
+        return mBroadPhaseMultithreaded;
+    }
+    void setCollisionMultithreaded(bool on);
+    [[nodiscard]] bool getCollisionMultithreaded() const;
+    [[nodiscard]] unsigned getCollisionGeometryPairMaxCount() const;
+    /// Contacts that a pair may give before its buffer grows, above 0. Not while stepping.
+    void setContactBufferSize(int size);
+    /// Distance at which contacts of a geometry begin, m, for models made from now on in the process;
+    /// finite and not negative, otherwise a warning and no change.
+    static void setDefaultContactTolerance(HyReal tolerance);
+    [[nodiscard]] static HyReal getDefaultContactTolerance();
+    /// Brings all contacts up to date with the present positions, of sleeping parts as well, which
+    /// stay asleep.
+    /// @param enableSubscribers whether intersect subscribers hear of it
+    void resetContacts(bool enableSubscribers);
 
     // Observers and subscribers; not owned.
 
@@ -244,6 +359,11 @@ public:
     void removeDynBody(DynBody* body);
     /// The same for a constraint's record.
     void insertDynConstraint(DynBaseConstraint* record);
+    /// The same for a geometry's model.
+    void insertColModel(ColModel* model);
+    void removeColModel(ColModel* model);
+    /// Collision rules are to look at the geometry again.
+    void collisionGeometryDirty(HyCollisionGeometry* geometry);
     void removeDynConstraint(DynBaseConstraint* record);
     /// The part wants HyPart::preStep() at the start of the next step; asked once for each step.
     void partNeedsPreStep(HyPart* part);
@@ -253,6 +373,8 @@ public:
     /// The part has left; it is called no more.
     void partLeavesPreStep(HyPart* part);
     [[nodiscard]] DynWorld* getDynWorld() const { return mWorld; }
+    [[nodiscard]] CxSpace* getColSpace() const { return mSpace; }
+    [[nodiscard]] HyBridge* getBridge() const { return mBridge.get(); }
 
 protected:
     void preUpdateImpl() override;
@@ -268,6 +390,7 @@ private:
     struct MemberKind;
     static const MemberKind<HyPart> kParts;
     static const MemberKind<HyConstraint> kConstraints;
+    static const MemberKind<HyCollisionGeometry> kGeometries;
 
     template <typename T>
     bool addMember(const MemberKind<T>& kind, T* member);
@@ -283,7 +406,9 @@ private:
 
     void tellOfAllContents(HyUniverseObserver& observer, bool added);
 
-    void init(unsigned maxCollisionGeometries);
+    void init(unsigned maxCollisionGeometries, unsigned maxCollisionPairs);
+    void initResponses();
+    [[nodiscard]] bool hasResponsePair(int id1, int id2, const char* operation) const;
     template <typename Stage>
     void measure(HyReal& milliseconds, Stage stage);
     void preStepParts();
@@ -299,17 +424,21 @@ private:
     HyCallbackList<HyUniverseObserver> mObservers;
     HyCallbackList<UpdateSubscriber> mUpdateSubscriberList;
     Constraints mConstraints;
+    CollisionGeometries mCollisionGeometries;
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
     std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
     HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
+    CxSpace* mSpace = nullptr;
+    std::unique_ptr<HyBridge> mBridge;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;
     int mGlobalCouplingSolverGroup = -1;
     bool mStepping = false;
+    bool mBroadPhaseMultithreaded = false;
 };
 
 } // namespace Hy
