@@ -91,8 +91,8 @@ void HyCollisionGeometry::updateBodyProperties() {
     DynBody* body = mPart ? mPart->getDynBody() : nullptr;
     ColModelSetBody(model, body);
     if (body)
-        model->mSetVelocityPtrFn(model, body->kiroBody.velocity[0], body->kiroBody.velocity[1],
-                                 body->kiroBody.acceleration[0]);
+        model->mSetVelocityPtrFn(model, body->kiroBody.vel, body->kiroBody.velrot,
+                                 body->kiroBody.accel);
     else
         model->mSetVelocityPtrFn(model, ColDefault0Velocity, ColDefault0Velocity,
                                  ColDefault0Velocity);

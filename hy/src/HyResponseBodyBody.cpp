@@ -159,7 +159,7 @@ MatchRecord* Update::findMatch(const lsVec3& position) {
         MatchRecord& record = mRecords[i];
         if (record.matched)
             continue;
-        const DynBody* const* bodies = record.contact->head.body;
+        const DynBody* const* bodies = record.contact->body;
         if (isNear(record.posRel0, local[0], epsilon) ||
             isNear(record.posRel1, local[1], epsilon) ||
             (bodies[0] && isCarried(record, bodies[0])) ||
@@ -187,7 +187,7 @@ DynContact* Update::takeRecord() {
         contact->flags = kDynContactCreated;
         return contact;
     }
-    if (contact->head.body[0] != mRoot[0] || contact->head.body[1] != mRoot[1]) {
+    if (contact->body[0] != mRoot[0] || contact->body[1] != mRoot[1]) {
         DynConstraintDisable(contact);
         DynContactSetBodies(contact, mRoot[0], mRoot[1]);
         DynConstraintEnableBodiesIfMoving(contact);

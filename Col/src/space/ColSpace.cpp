@@ -2,6 +2,7 @@
 
 #include <Col/ColMessage.h>
 #include <Col/ColModel.h>
+#include <Col/ColModelFunctions.h>
 #include <Col/ColModelPairContainer.h>
 #include <Col/ColSpace.h>
 #include <Kit/KitMessage.h>
@@ -154,8 +155,6 @@ bool ColSpaceModelIsFrozenNoCheck(const ColModel* model) {
     return !model->mSpace->GetDynamic(model->mSpaceID);
 }
 
-return model->mSpace;
-}
 
 int ColSpaceGetModelCount(const CxSpace* space) {
     return space->GetSize() - space->GetFree();

@@ -12,6 +12,7 @@
 struct DynBody;
 
 namespace Hy {
+class HyCollisionGeometry;
 class FrictionDirectionSubscriber;
 class HyConstraint;
 class HyPartState;
