@@ -4,6 +4,7 @@
 #include <Dyn/DynWorld.h>
 #include <Hy/FrictionDirectionSubscriber.h>
 #include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyCollisionRule.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HySafeWalk.h>
@@ -15,8 +16,6 @@ namespace Hy {
 namespace {
 
 constexpr int kBodiesPerBlock = 1000;
-/// Before collision rules of assemblies, mechanisms and the scene (20000 to 40000).
-constexpr int kPartRulePriority = 10000;
 
 // The bodies of all parts, in the order of creation as long as none is destroyed.
 KitPool sBodyPool;
@@ -77,7 +76,12 @@ HyPart::~HyPart() {
 }
 
 int HyPart::getCollisionRulePriority() const {
-    return kPartRulePriority;
+    return HyCollisionRule::PriorityPart;
+}
+
+void HyPart::onCollisionRulesChanged() {
+    if (mUniverse)
+        mUniverse->partNeedsPreStep(this);
 }
 
 void HyPart::setControl(EntityControlTypeEnum control) {
@@ -218,6 +222,7 @@ void HyPart::setUniverse(HyUniverse* universe) {
     if (mUniverse)
         enterUniverse(*mUniverse);
     updateConstraints();
+    onCollisionRuleContainerUniverseChanged(old, mUniverse);
 }
 
 // Constraints.
@@ -265,6 +270,7 @@ void HyPart::enterUniverse(HyUniverse& universe) {
 
 void HyPart::preStep() {
     _updateControl();
+    preStepCollisionRuleContainer(mUniverse);
 }
 
 void HyPart::postStep() {

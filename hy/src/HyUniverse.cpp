@@ -1,6 +1,7 @@
 #include <Hy/HyUniverse.h>
 
 #include "HyCollisionDetection.h"
+#include "HyCollisionRuleStore.h"
 #include "HySavedCoordinates.h"
 
 #include <Col/ColSpace.h>
@@ -65,8 +66,11 @@ unsigned raisedToEven(unsigned n) {
 HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned maxCollisionPairs,
                        HyMaterialTable* materialTable)
     : mSavedCoordinates(std::make_unique<HySavedCoordinates>()),
+      mCollisionRules(std::make_unique<HyCollisionRuleStore>()),
+      mCollisionRulesChanged(std::make_unique<HyCollisionRuleStore>()),
       mOwnMaterialTable(materialTable ? nullptr : new HyMaterialTable),
-      mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()) {
+      mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()),
+      mCollisionRulesNextID(HyCollisionRule::InvalidID + 1) {
     init(maxCollisionGeometries, maxCollisionPairs);
     setEarthGravity();
 }

@@ -70,10 +70,6 @@ void HyUniverse::removeColModel(ColModel* model) {
     mBridge->modelRemoved(model);
 }
 
-void HyUniverse::collisionGeometryDirty(HyCollisionGeometry* geometry) {
-    geometry->clearDirtyFlag();
-}
-
 // Pairs.
 
 bool HyUniverse::enablePairIntersect(HyCollisionGeometry* a, HyCollisionGeometry* b) {

@@ -53,6 +53,7 @@ void HyUniverse::preStepParts() {
 
 void HyUniverse::detectCollisionsImpl(HyReal dt) {
     mStepping = true;
+    stepCollisionRules();
     HyFrame* frame = HyFrame::instance();
     mSpace->SetThreadPool(mBroadPhaseMultithreaded ? frame->getThreadPool() : nullptr);
     measure(mUniverseTimings.collisionDetectionBroadPhase,
@@ -135,6 +136,7 @@ void HyUniverse::advanceDynamicsImpl(HyReal) {
 void HyUniverse::postUpdateImpl() {
     mStepping = false;
     measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
+    mFirstStep = false;
 }
 
 void HyUniverse::postStepParts() {

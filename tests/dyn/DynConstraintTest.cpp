@@ -329,11 +329,15 @@ TEST_F(DynConstraintTest, LockAllSwapsTheBuilder) {
     DynConstraintEnable(hinge);
     EXPECT_EQ(DynConstraintLockConstraint(hinge), 1);
     EXPECT_TRUE(DynConstraintIsLockedConstraint(hinge));
-    const KitVector3 torque = {5, 0, 0};
-    DynBodyAddTorque(body, torque); // about the hinge's axis
+    DynConstraintRelaxConstraint(hinge, 1, 1, 0, 0); // of the joint; the lock's row 1 is an angle
+    const KitVector3 torque = {5, 0, 0}, tilt = {5, 5, 5};
+    DynBodyAddTorque(body, tilt);
     step();
-    EXPECT_NEAR(body->kiroBody.velrot[0], 0, 1e-6);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NEAR(body->kiroBody.velrot[i], 0, 1e-6) << i;
+    EXPECT_EQ(DynConstraintGetEquationForce(hinge, 3), 0) << "the lock has no equations";
     DynConstraintUnlockConstraint(hinge);
+    DynConstraintEnableRelaxConstraint(hinge, 1, false);
     DynBodyAddTorque(body, torque);
     step();
     EXPECT_NEAR(body->kiroBody.velrot[0], 5 / 0.4 * kStep, 1e-6);
@@ -346,6 +350,26 @@ TEST_F(DynConstraintTest, LockAllSwapsTheBuilder) {
     DynConstraintUnlockConstraint(user);
     EXPECT_EQ(WarningRecorder::take().at(0), "12: DynConstraintUnlockConstraint: "
                                              "'DynUserConstraint' constraint is not lockable.\n");
+}
+
+// A slack rope has no row of its own; what stands in its place is friction.
+TEST_F(DynConstraintTest, EquationWithoutARowBearsNoForce) {
+    DynBody* body = addBody(1);
+    auto* rope = add<DynDistance>(kDynTagDistance, body, nullptr);
+    const KitVector3 end = {1, 0, 0};
+    DynConstraintBodySetPosition(rope, 0, end);
+    DyncFriction& friction = rope->bclH.friction[0];
+    friction.mEnabled = 1, friction.mMaxForce = 3;
+    DynConstraintEnable(rope);
+    const KitVector3 push = {2, 0, 0};
+    for (const bool taut : {false, true}) {
+        DynDistanceSetDistance(rope, taut ? 0.5 : 2);
+        DynBodyAddForce(body, push);
+        step();
+        EXPECT_EQ(DynConstraintGetEquationForce(rope, 0) < 0, taut);
+        EXPECT_EQ(DynConstraintGetEquationForce(rope, 0) == 0, !taut);
+        EXPECT_NE(DynConstraintGetFrictionForce(rope, 0), 0);
+    }
 }
 
 // A cone of 0.3 rad about the axis, and one that opens around the opposite axis.

@@ -138,9 +138,12 @@ TEST_F(CoordinateTest, MotorSlowsDownBeforeAStopAndNeverTurnsBack) {
     EXPECT_EQ(f.rows->v0[5], 3);
     EXPECT_EQ(f.rows->lower[5], -5);
     limit().currentControlState = kDynConstraintControlFree;
-    rows();
-    EXPECT_EQ(f.rows->lower[5], 0);
-    EXPECT_EQ(f.rows->upper[5], 0);
+    for (const double compliance : {kKitInfinity, -1.0}) {
+        limit().limit[1].compliance = compliance;
+        rows();
+        EXPECT_EQ(f.rows->lower[5], 0);
+        EXPECT_EQ(f.rows->upper[5], 0);
+    }
 }
 
 TEST_F(CoordinateTest, MotorTurnsIntoALockWhenItPassesTheTarget) {

@@ -7,6 +7,8 @@
 #include <Hy/HyAngular2Position3.h>
 #include <Hy/HyAngular3.h>
 #include <Hy/HyBallAndSocket.h>
+#include <Hy/HyCollisionPairRequest.h>
+#include <Hy/HyCollisionRule.h>
 #include <Hy/HyConeConstraint.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintAttachment.h>

@@ -1,4 +1,5 @@
 #pragma once
+#include <Hy/HyIntersect.h>
 #include <Hy/HyIntersectSubscriberList.h>
 #include <Hy/HyResponse.h>
 #include <Hy/HySymmetricTable.h>
@@ -19,6 +20,13 @@ class HyCollisionGeometry;
 class HyContactMaterial;
 class HyMaterial;
 class HyMaterialTable;
+
+/// Answer of HyBridge::detectCollisions().
+enum CGTestEnum : int {
+    kCGCollisionNone = 0,
+    kCGCollidesAndAborted = 1,
+    kCGCollides = 2,
+};
 
 /// The road from overlapping boxes to contacts of the dynamics, one a universe.
 ///
@@ -83,6 +91,9 @@ public:
     void modelRemoved(ColModel* model);
     /// Time of the first impact that the last update found, s; its time if there was none.
     [[nodiscard]] HyReal getCollisionSafeTime() const { return mSafeTime; }
+    /// Looks at the pairs of a geometry where they stand, see HyIntersect::intersect().
+    CGTestEnum detectCollisions(HyCollisionGeometry* geometry, HyReal time,
+                                HyIntersect::IntersectSubscriber* subscriber);
     void resetAccumulatedIntersectSubscriberTime() { mAccIntersectSubscriberTime = 0; }
     /// s, since it was reset.
     [[nodiscard]] HyReal getAccumulatedIntersectSubscriberTime() const {

@@ -353,6 +353,7 @@ public:
     void _removeConstraint(HyConstraint* constraint);
 
 private:
+    void onCollisionRulesChanged() override;
     void init(EntityControlTypeEnum control);
     void _updateControl();
     void _applyControl(EntityControlTypeEnum control);

@@ -7,6 +7,7 @@
 #include <Hy/HyVector3.h>
 
 #include <memory>
+#include <vector>
 
 class CxSpace;
 struct ColModel;
@@ -19,6 +20,8 @@ class HyBridge;
 class HyCollisionGeometry;
 class HyCollisionGeometryPair;
 class HyCollisionPairRequest;
+class HyCollisionRule;
+class HyCollisionRuleStore;
 class HyConstraint;
 class HyContactMaterial;
 class HyMaterial;
@@ -239,6 +242,23 @@ public:
     /// @param enableSubscribers whether intersect subscribers hear of it
     void resetContacts(bool enableSubscribers);
 
+    // Collision rules, see HyCollisionRule. Those that name an object go with it.
+
+    /// Takes a copy of a rule, whose objects are alive, and answers the ID that it gave it: the first
+    /// is 1.
+    unsigned addCollisionRule(const HyCollisionRule& rule);
+    std::vector<unsigned> addCollisionRules(const std::vector<HyCollisionRule>& rules);
+    /// Removes the rule of an ID; nothing if there is none.
+    void removeCollisionRule(unsigned id);
+    void removeCollisionRules(const std::vector<unsigned>& ids);
+    /// Removes all rules.
+    void removeCollisionRules();
+    /// In the order of HyCollisionRule::operator<, equivalent ones in the order of adding.
+    [[nodiscard]] const std::vector<HyCollisionRule>& getCollisionRules() const;
+    /// While suspended, pairs stay as they are; afterwards all rules are applied anew.
+    void setCollisionRulesSuspended(bool on);
+    [[nodiscard]] bool getCollisionRulesSuspended() const { return mCollisionRulesSuspended; }
+
     // Observers and subscribers; not owned.
 
     /// Lets an observer follow the contents; it leaves the universe that it observed before. Null,
@@ -408,6 +428,8 @@ private:
 
     void init(unsigned maxCollisionGeometries, unsigned maxCollisionPairs);
     void initResponses();
+    void stepCollisionRules();
+    void applyCollisionRules(const std::vector<HyCollisionGeometry*>& geometries, bool all);
     [[nodiscard]] bool hasResponsePair(int id1, int id2, const char* operation) const;
     template <typename Stage>
     void measure(HyReal& milliseconds, Stage stage);
@@ -428,6 +450,8 @@ private:
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
+    std::unique_ptr<HyCollisionRuleStore> mCollisionRules;
+    std::unique_ptr<HyCollisionRuleStore> mCollisionRulesChanged; ///< since the last detection
     std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
     HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
@@ -436,9 +460,14 @@ private:
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;
+    unsigned mCollisionRulesNextID;
     int mGlobalCouplingSolverGroup = -1;
     bool mStepping = false;
     bool mBroadPhaseMultithreaded = false;
+    bool mFirstStep = true;
+    bool mCollisionRulesSuspended = false;
+    bool mCollisionRulesReset = true;
+    bool mCollisionGeometriesDirty = false;
 };
 
 } // namespace Hy
