@@ -44,8 +44,7 @@ void HyIntersect::intersectPair(HyCollisionGeometry* g1, HyCollisionGeometry* g2
         ColHello(&pair);
     ColIntersect(&pair, result->getColIntersectResult());
     ColGoodbye(&pair);
-    // The pair is a local one: what stays of it are its models, in the contacts.
-    result->getColIntersectResult()->pair = nullptr;
+    result->keepPair(pair);
 }
 
 // Against a universe.

@@ -13,6 +13,7 @@ namespace Hy {
 /// A result with a room for contacts of its own.
 struct HyIntersectResult::Owned {
     ColIntersectResult result;
+    ColModelPair pair;
     std::vector<ColContact> contacts;
 };
 
@@ -34,6 +35,13 @@ void HyIntersectResult::reset() {
     mIntersectResult->data = nullptr;
     mIntersectResult->pair = nullptr;
     mIntersectResult->safeTime = 0;
+}
+
+void HyIntersectResult::keepPair(const ColModelPair& pair) {
+    if (mOwned)
+        mOwned->pair = pair;
+    if (mIntersectResult)
+        mIntersectResult->pair = mOwned ? &mOwned->pair : nullptr;
 }
 
 bool HyIntersectResult::isPairTouching() const {

@@ -84,6 +84,8 @@ public:
     void getResponseIDPair(int& id1, int& id2) const;
 
     [[nodiscard]] ColIntersectResult* getColIntersectResult() const { return mIntersectResult; }
+    /// Keeps a copy of a pair that is about to go, as the pair of a result that owns its contacts.
+    void keepPair(const ColModelPair& pair);
 
 private:
     struct Owned;
