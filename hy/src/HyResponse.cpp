@@ -5,9 +5,11 @@
 #include <Col/ColModelPair.h>
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynContact.h>
+#include <Dyn/DynWorld.h>
 #include <Hy/HyBridge.h>
 #include <Hy/HyCollisionGeometryPair.h>
 #include <Hy/HyIntersectResult.h>
+#include <Hy/HyUniverse.h>
 
 namespace Hy {
 
@@ -33,6 +35,8 @@ void HyResponseEndBody_Body::operator()(HyBridge*, ColModelPair* pair, CxSpace*,
             DynConstraintEnableBodiesIfMoving(contact);
             DynConstraintDisable(contact);
         }
+        if (HyUniverse* universe = contact->world->universe)
+            universe->dynContactLeaves(contact);
         DynContactDestroy(contact);
         contact = next;
     }

@@ -14,6 +14,7 @@
 #include <Hy/HyContactMaterial.h>
 #include <Hy/HyDynamicsContact.h>
 #include <Hy/HyMaterial.h>
+#include <Hy/HyUniverse.h>
 #include <Kit/KitMatrix4.h>
 #include <Kit/KitVector.h>
 
@@ -116,6 +117,8 @@ void Update::destroyFrom(DynContact* contact, bool wake) {
         if (wake)
             DynConstraintEnableBodiesIfMoving(contact);
         DynConstraintDisable(contact);
+        if (HyUniverse* universe = contact->world->universe)
+            universe->dynContactLeaves(contact);
         DynContactDestroy(contact);
         contact = next;
     }

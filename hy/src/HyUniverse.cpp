@@ -116,6 +116,7 @@ HyUniverse::~HyUniverse() {
     mBridge.reset();
     mPartVisits.end();
     mConstraintVisits.end();
+    mContactVisits.end();
     DynWorldDestroy(mWorld);
     ColSpaceDestroy(mSpace);
     HyCollisionDetection_DECREF();
@@ -238,6 +239,14 @@ HyUniverse::EnabledConstraintsIterator HyUniverse::enabledConstraintsBegin() {
 }
 
 HyUniverse::EnabledConstraintsIterator HyUniverse::enabledConstraintsEnd() {
+    return {};
+}
+
+HyUniverse::DynamicsContactIterator HyUniverse::dynamicsContactBegin() {
+    return {mContactVisits, *mWorld};
+}
+
+HyUniverse::DynamicsContactIterator HyUniverse::dynamicsContactEnd() {
     return {};
 }
 

@@ -24,6 +24,7 @@ class HyCollisionRule;
 class HyCollisionRuleStore;
 class HyConstraint;
 class HyContactMaterial;
+class HyDynamicsContact;
 class HyMaterial;
 class HyMaterialTable;
 class HyPart;
@@ -88,6 +89,7 @@ public:
 
     using DynamicPartIterator = HyEnabledListIterator<DynBody, HyPart>;
     using EnabledConstraintsIterator = HyEnabledListIterator<DynBaseConstraint, HyConstraint>;
+    using DynamicsContactIterator = HyEnabledListIterator<DynBaseConstraint, HyDynamicsContact>;
 
     // Life.
 
@@ -136,6 +138,9 @@ public:
     /// Visits the constraints that act. Elements may be removed, disabled or destroyed on the way.
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsBegin();
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsEnd();
+    /// Visits the contacts that act, likewise.
+    [[nodiscard]] DynamicsContactIterator dynamicsContactBegin();
+    [[nodiscard]] DynamicsContactIterator dynamicsContactEnd();
 
     // Materials.
 
@@ -382,6 +387,8 @@ public:
     /// The same for a geometry's model.
     void insertColModel(ColModel* model);
     void removeColModel(ColModel* model);
+    /// A contact's record is about to go.
+    void dynContactLeaves(const DynBaseConstraint* record) { mContactVisits.leaves(record); }
     /// Collision rules are to look at the geometry again.
     void collisionGeometryDirty(HyCollisionGeometry* geometry);
     void removeDynConstraint(DynBaseConstraint* record);
@@ -449,6 +456,7 @@ private:
     CollisionGeometries mCollisionGeometries;
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
+    HyEnabledListVisits<DynBaseConstraint, HyDynamicsContact> mContactVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
     std::unique_ptr<HyCollisionRuleStore> mCollisionRules;
     std::unique_ptr<HyCollisionRuleStore> mCollisionRulesChanged; ///< since the last detection
