@@ -1,5 +1,7 @@
 #include <Dyn/DynContact.h>
 
+#include "DynConstraintInternal.h"
+
 #include <Dync/DyncContact.h>
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
@@ -36,14 +38,11 @@ bool isDirection(const KitReal* v, const char* function) {
            refuse(function, "the vector must be finite and not zero");
 }
 
-void pointAtFrames(DynContact* contact) {
-    contact->tm0 = contact->body[0] ? &contact->body[0]->bodyTM : nullptr;
-    contact->tm1 = contact->body[1] ? &contact->body[1]->bodyTM : nullptr;
-}
-
-void setBody(DynBaseConstraint* constraint, int slot, DynBody* body) {
-    DynConstraintSetBody(constraint, slot, body);
-    pointAtFrames(static_cast<DynContact*>(constraint));
+void bindSlot(DynBaseConstraint* constraint, int slot, DynBody* body) {
+    DynConstraintBindSlot(constraint, slot, body);
+    auto* contact = static_cast<DynContact*>(constraint);
+    const KitMatrix4*& frame = slot == 0 ? contact->tm0 : contact->tm1;
+    frame = body ? &body->bodyTM : nullptr;
 }
 
 // A contact's one axis is its normal.
@@ -52,7 +51,7 @@ void setAxis(DynBaseConstraint* constraint, int, const KitVector3 primary, const
 }
 
 void takeContactFunctions(DynContact* contact) {
-    contact->setBodyFunc = setBody;
+    contact->set1BodyFunc = bindSlot;
     contact->setAxisFunc = setAxis;
 }
 
@@ -62,10 +61,11 @@ void replaceBodies(DynContact* contact, DynBody* const bodies[2]) {
     contact->bclH.bodySeenAsKinematic = contact->bclH.strongestBody = nullptr;
     contact->bclH.strongestSolverBody = nullptr;
     for (int slot = 0; slot < 2; ++slot) {
+        DynConstraintLetBodyGo(contact, slot);
         contact->body[slot] = bodies[slot];
-        contact->set1BodyFunc(contact, slot, bodies[slot]);
+        DynConstraintHoldBody(contact, slot);
+        bindSlot(contact, slot, bodies[slot]);
     }
-    pointAtFrames(contact);
 }
 
 template <class Direction>

@@ -3,6 +3,7 @@
 #include "HyCollisionDetection.h"
 #include "HyCollisionRuleStore.h"
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Col/ColSpace.h>
 #include <Hy/HyBridge.h>
@@ -86,6 +87,7 @@ void HyUniverse::init(unsigned maxCollisionGeometries, unsigned maxCollisionPair
     host.globalCouplingSolverGroup = globalCouplingSolverGroup;
     host.setGeometriesStatic = setGeometriesStatic;
     DynWorldSetHost(mWorld, host);
+    mUserContacts = std::make_unique<HyUserContacts>(mWorld);
     DynPartitionParametersSetGroupingMode(&mWorld->partition_parameters, kDynPartitionUserGrouping);
     DynGroupingGet(mWorld, 0);
     setMaxSimultaneousSolverCount(HyThreadGetCPUCount());
@@ -109,11 +111,13 @@ HyUniverse::~HyUniverse() {
         if (mObservers.contains(&observer)) // it may have left in the call
             unregisterObserver(&observer, true);
     });
+    deleteAllUserDynamicsContacts();
     destroyConstraints();
     destroyParts();
     destroyCollisionGeometries();
     mBridge->updateTransitions(); // what ended last
     mBridge.reset();
+    mUserContacts.reset();
     mPartVisits.end();
     mConstraintVisits.end();
     mContactVisits.end();
@@ -208,6 +212,7 @@ void HyUniverse::insertDynBody(DynBody* body) {
 
 void HyUniverse::removeDynBody(DynBody* body) {
     warnIfStepping("remove part");
+    mUserContacts->forget(body);
     mPartVisits.leaves(body);
     DynWorldRemoveBody(mWorld, body);
 }

@@ -1,6 +1,7 @@
 #include <Hy/HyUniverse.h>
 
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Col/ColSpace.h>
 #include <Hy/HyBridge.h>
@@ -135,6 +136,7 @@ void HyUniverse::advanceDynamicsImpl(HyReal) {
 
 void HyUniverse::postUpdateImpl() {
     mStepping = false;
+    mUserContacts->disableAll();
     measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
     mFirstStep = false;
 }

@@ -97,9 +97,10 @@ TEST_F(ContactRowsTest, JacobianIsTheDerivativeOfSeparationSlipAndTurn) {
             std::copy(before, before + 2, fixture.body);
         }
         const Vector3d slip = ((point[1][0] - point[1][1]) - (point[0][0] - point[0][1])) / (2 * h);
-        const Eigen::Quaterniond rel =
-            (turn[1][0] * turn[0][0].inverse()) * (turn[1][1] * turn[0][1].inverse()).inverse();
-        const Vector3d spin = 2 * rel.vec() / (2 * h);
+        const auto spinOf = [&](int i) {
+            return Vector3d(2 * (turn[1][i] * turn[0][i].inverse()).vec() / (2 * h));
+        };
+        const Vector3d spin = spinOf(0) - spinOf(1);
         const Vector3d n = vector(axes[0].v), t1 = vector(axes[1].v), t2 = vector(axes[2].v);
         const double expected[6] = {slip.dot(n), slip.dot(t1), slip.dot(t2),
                                     spin.dot(n), spin.dot(t1), spin.dot(t2)};
@@ -181,11 +182,6 @@ TEST_F(ContactRowsTest, NormalRow) {
     EXPECT_NEAR(rows().xgamma[0], gamma1, 1e-15) << "counts as 1";
     EXPECT_EQ(contact->surface, 0);
     EXPECT_EQ(sWarnings, 1);
-
-    DyncContactMaterialSetCompliance(&material(), 0, kKitInfinity);
-    contact->surface = 1;
-    build();
-    EXPECT_EQ(rows().xgamma[0], 0) << "a damper alone corrects no penetration";
 }
 
 TEST_F(ContactRowsTest, BouncesAboveTheThreshold) {

@@ -31,6 +31,7 @@ class HyPart;
 class HySolverParameters;
 class HyUniverseObserver;
 struct HyResponsePair;
+class HyUserContacts;
 struct HySavedCoordinates;
 class HyUniverseState;
 
@@ -264,6 +265,26 @@ public:
     void setCollisionRulesSuspended(bool on);
     [[nodiscard]] bool getCollisionRulesSuspended() const { return mCollisionRulesSuspended; }
 
+    // Contacts that the application makes. One acts through one step, and is then disabled until
+    // HyDynamicsContact::enableContact() lets it act through the next.
+
+    /// An enabled contact, owned by the universe. It has surface 0: give a compliant one its share.
+    /// @param part1,part2 null stands for the world; one of them must be a dynamic part that is not
+    ///   frozen, and none in another universe. Otherwise a warning, and null
+    /// @param contactMaterial is copied; null: that of the default material with itself
+    /// @param position,normal world axes; the normal points towards part 1. Not finite, or a normal of
+    ///   zero: a warning, and null
+    /// @param penetration m
+    HyDynamicsContact* createUserDynamicsContact(HyPart* part1, HyPart* part2,
+                                                 const HyContactMaterial* contactMaterial,
+                                                 const HyVector3& position, const HyVector3& normal,
+                                                 HyReal penetration);
+    /// Nothing for a contact that is not here. In the middle of a solve: a warning, and it stays.
+    void deleteUserDynamicsContact(HyDynamicsContact* contact);
+    void deleteAllUserDynamicsContacts();
+    /// In the order of making.
+    [[nodiscard]] const HyArray<HyDynamicsContact*>& getUserDynamicsContacts() const;
+
     // Observers and subscribers; not owned.
 
     /// Lets an observer follow the contents; it leaves the universe that it observed before. Null,
@@ -465,6 +486,7 @@ private:
     DynWorld* mWorld = nullptr;
     CxSpace* mSpace = nullptr;
     std::unique_ptr<HyBridge> mBridge;
+    std::unique_ptr<HyUserContacts> mUserContacts;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;
