@@ -363,7 +363,7 @@ void HyCollisionGeometry::updateSpaceProperties() {
         model->mFastMoving = mFastMoving && !mStatic;
     }
     if (mParent && mCollisionEnabled)
-        mParent->updateSpaceProperties();
+        mParent->childChanged();
     ColModelSetTemporaryDisabledStatus(
         model, static_cast<ColModelTemporaryDisabledStatus>(mTemporarilyDisabledFlag));
 }

@@ -119,6 +119,13 @@ void HyCompositeCollisionGeometry::detachModel(HyCollisionGeometry& child) {
     ColCompositeGeometryRebuild(mComposite);
 }
 
+void HyCompositeCollisionGeometry::childChanged() {
+    if (!mComposite)
+        return;
+    ColCompositeGeometryRebuild(mComposite);
+    updateSpaceProperties();
+}
+
 // Forwarded.
 
 void HyCompositeCollisionGeometry::setGeometry(HyGeometry*) {

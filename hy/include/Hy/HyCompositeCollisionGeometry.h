@@ -58,6 +58,8 @@ public:
     /// The child's model joins or leaves those of the composite.
     void attachModel(HyCollisionGeometry& child);
     void detachModel(HyCollisionGeometry& child);
+    /// A child has another size, place or setting.
+    void childChanged();
 
 protected:
     HyCollisionGeometryState* createStateImpl() const override;
