@@ -7,7 +7,6 @@
 #include <Hy/HyBridge.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
-#include <Hy/HySafeWalk.h>
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>

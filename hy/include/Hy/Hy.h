@@ -53,4 +53,5 @@
 #include <Hy/HyUniverse.h>
 #include <Hy/HyUniverseObserver.h>
 #include <Hy/HyUniverseState.h>
+#include <Hy/HyVersion.h>
 #include <Hy/HyVector3.h>

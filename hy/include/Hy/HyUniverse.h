@@ -3,6 +3,7 @@
 #include <Hy/HyEnabledListIterator.h>
 #include <Hy/HyIntersectSubscriber.h>
 #include <Hy/SortedVector.h>
+#include <Hy/HySafeWalk.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
 
@@ -47,6 +48,8 @@ public:
     using CollisionGeometries = SortedVector<HyCollisionGeometry*, HyCreationOrder>;
     using IntersectSubscriber = HyIntersectSubscriber;
     using eIntersectEventType = Hy::eIntersectEventType;
+    using Parts = HyWalkedObjects<HyPart>;
+    using Constraints = HyWalkedObjects<HyConstraint>;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
