@@ -1,6 +1,6 @@
 #pragma once
 #include <Hy/HyCollisionGeometry.h>
-#include <Hy/SortedVector.h>
+#include <Hy/HySafeWalk.h>
 
 struct ColCompositeGeometry;
 
@@ -11,7 +11,7 @@ namespace Hy {
 class HY_API HyCompositeCollisionGeometry
     : public HyClass<kHyCompositeCollisionGeometryClassId, HyCollisionGeometry> {
 public:
-    using CollisionGeometries = SortedVector<HyCollisionGeometry*, HyCreationOrder>;
+    using CollisionGeometries = HyWalkedObjects<HyCollisionGeometry>;
 
     HyCompositeCollisionGeometry();
     ~HyCompositeCollisionGeometry() override;

@@ -5,7 +5,7 @@
 #include <Hy/HyEulerAngles.h>
 #include <Hy/HyMassProperties.h>
 #include <Hy/HyTransform.h>
-#include <Hy/SortedVector.h>
+#include <Hy/HySafeWalk.h>
 
 #include <memory>
 
@@ -36,7 +36,7 @@ public:
         kControlStatic = 2    ///< nobody
     };
 
-    using CollisionGeometries = SortedVector<HyCollisionGeometry*, HyCreationOrder>;
+    using CollisionGeometries = HyWalkedObjects<HyCollisionGeometry>;
 
     // Life.
 

@@ -2,7 +2,6 @@
 #include <Hy/HyCallbackList.h>
 #include <Hy/HyEnabledListIterator.h>
 #include <Hy/HyIntersectSubscriber.h>
-#include <Hy/SortedVector.h>
 #include <Hy/HySafeWalk.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
@@ -43,13 +42,11 @@ class HyUniverseState;
 /// while it is stepping: such a call is warned of and carried out.
 class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
-    using Parts = SortedVector<HyPart*, HyCreationOrder>;
-    using Constraints = SortedVector<HyConstraint*, HyCreationOrder>;
-    using CollisionGeometries = SortedVector<HyCollisionGeometry*, HyCreationOrder>;
-    using IntersectSubscriber = HyIntersectSubscriber;
-    using eIntersectEventType = Hy::eIntersectEventType;
     using Parts = HyWalkedObjects<HyPart>;
     using Constraints = HyWalkedObjects<HyConstraint>;
+    using CollisionGeometries = HyWalkedObjects<HyCollisionGeometry>;
+    using IntersectSubscriber = HyIntersectSubscriber;
+    using eIntersectEventType = Hy::eIntersectEventType;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
