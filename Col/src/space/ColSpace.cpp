@@ -155,7 +155,6 @@ bool ColSpaceModelIsFrozenNoCheck(const ColModel* model) {
     return !model->mSpace->GetDynamic(model->mSpaceID);
 }
 
-
 int ColSpaceGetModelCount(const CxSpace* space) {
     return space->GetSize() - space->GetFree();
 }
