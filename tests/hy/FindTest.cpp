@@ -41,24 +41,5 @@ TEST(FindTest, FindsTheOldestPartOfTheFirstUniverseThatHasTheName) {
     HyFrame::release();
 }
 
-// The frame knows an object from its beginning until its subscribers have been told of its end.
-TEST(FrameRegistrationTest, FollowsTheLifeOfObjects) {
-    HyFrame* frame = HyFrame::instance();
-    frame->setEnableMemoryTracking(true);
-    struct Watch : HyBase::Subscriber {
-        void notify(int, HyBase* object) override {
-            isValid = HyFrame::currentInstance()->isHyBaseValid(object);
-        }
-        bool isValid = false;
-    } watch;
-    auto* object = new HyBase;
-    EXPECT_TRUE(frame->isHyBaseValid(object));
-    object->addSubscriber(&watch);
-    delete object;
-    EXPECT_TRUE(watch.isValid);
-    EXPECT_FALSE(frame->isHyBaseValid(object));
-    HyFrame::release();
-}
-
 } // namespace
 } // namespace Hy

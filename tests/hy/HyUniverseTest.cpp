@@ -104,17 +104,6 @@ TEST_F(HyUniverseTest, PartsMoveBetweenUniverses) {
     delete part;
 }
 
-TEST_F(HyUniverseTest, ContentsStandInTheOrderOfCreation) {
-    auto* first = new HyPart(1);
-    auto* second = new HyPart(1);
-    universe->addPart(second);
-    universe->addPart(first);
-    ASSERT_EQ(universe->getParts().size(), 2U);
-    EXPECT_EQ(universe->getParts()[0], first);
-    delete first; // a part that is destroyed leaves
-    EXPECT_EQ(universe->getParts().size(), 1U);
-}
-
 TEST_F(HyUniverseTest, ObserversMayLeaveAndDeleteWhatTheyAreToldOf) {
     RecordingObserver a(log, "a"), b(log, "b");
     universe->registerObserver(&a, false);
