@@ -1,4 +1,5 @@
 #include <Hy/Find.h>
+#include <Hy/HyBallAndSocket.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyUniverse.h>
@@ -29,11 +30,17 @@ TEST(FindTest, FindsTheOldestPartOfTheFirstUniverseThatHasTheName) {
     first.addPart(older);
     auto* unnamed = new HyPart;
     second->addPart(unnamed);
+    auto* joint = new HyBallAndSocket;
+    joint->setName("arm");
+    second->addConstraint(joint);
 
     EXPECT_EQ(Find::part("arm"), older);
     EXPECT_EQ(Find::part("arm", second), oldest);
     EXPECT_EQ(Find::part("Arm"), nullptr);
     EXPECT_EQ(Find::part("default_HyPart_" + std::to_string(unnamed->getCreationIndex())), unnamed);
+
+    EXPECT_EQ(Find::constraint("arm"), joint);
+    EXPECT_EQ(Find::constraint("arm", &first), nullptr);
 
     MessageCapture messages;
     EXPECT_EQ(Find::part("arm", nullptr), nullptr);
