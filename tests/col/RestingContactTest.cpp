@@ -95,8 +95,9 @@ TEST_F(PairTest, ClippedFaceEqualsClippedEdges) {
             for (int k = 0; k < edges.count; ++k)
                 nearest = std::min(nearest, (clipped[i].position - edges.points[k]).norm());
             EXPECT_NEAR(clipped[i].separation, height(clipped[i].position), 1e-12);
-            if (clipped[i].separation < limit)
+            if (clipped[i].separation < limit) {
                 EXPECT_LT(nearest, 1e-4) << round;
+            }
         }
         for (int k = 0; k < edges.count; ++k) {
             if (height(edges.points[k]) > 0.2 * overlap.separation) // on a side of box 2
