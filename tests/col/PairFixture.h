@@ -127,7 +127,7 @@ inline KitReal separationAlong(const lsVec3& n, const ColModel& m1, const ColMod
 inline KitReal trueSeparation(const ColModel& m1, const ColModel& m2) {
     if (m2.mGeometry->mID == kColPlane)
         return separationAlong(m2.mGlobalTM->axis(2), m1, m2);
-    constexpr int kDirections = 1000, kStarts = 8;
+    constexpr int kDirections = 1000, kStarts = 3;
     std::vector<std::pair<KitReal, lsVec3>> starts;
     for (int i = 0; i < kDirections; ++i) {
         const KitReal z = 1 - (2 * i + 1.0) / kDirections, s = std::sqrt(1 - z * z);
@@ -140,7 +140,7 @@ inline KitReal trueSeparation(const ColModel& m1, const ColModel& m2) {
     KitReal best = -kKitInfinity;
     for (int k = 0; k < kStarts; ++k) {
         auto [value, n] = starts[static_cast<std::size_t>(k)];
-        for (KitReal step = 0.05; step > 1e-8; step *= 0.6)
+        for (KitReal step = 0.05; step > 1e-7; step *= 0.4)
             for (bool improved = true; improved;) {
                 improved = false;
                 const lsVec3 u =

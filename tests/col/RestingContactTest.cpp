@@ -108,7 +108,7 @@ TEST_F(PairTest, ClippedFaceEqualsClippedEdges) {
             EXPECT_LT(nearest, 2e-3) << round << " " << height(edges.points[k]);
         }
     }
-    EXPECT_GT(compared, 100);
+    EXPECT_GT(compared, 50);
 }
 
 TEST_F(PairTest, CrossedEdgesMeetAtOnePlace) {

@@ -5,15 +5,15 @@
 #include <Kit/lsTransform.h>
 #include <Kit/lsVec3.h>
 
-/// What gave the axis of a test with a cylinder: OverlapAxis::code. Box tests use their faces 0 to 2.
+/// What gave the axis of a test with a cylinder: OverlapAxis::code. A face of a box is kOverlapBoxFace + axis.
 enum OverlapCylinderCode : int {
-    kOverlapBoxFace = 0, ///< plus the axis of the box
-    kOverlapEnd1 = 12,   ///< end face of shape 1, a cylinder
-    kOverlapEnd2 = 3,    ///< end face of shape 2
-    kOverlapSides = 10,  ///< side against side, edge or corner
-    kOverlapRimSide = 8, ///< rim of shape 1 against a side of shape 2
-    kOverlapSideRim = 2, ///< side or edge of shape 1 against a rim of shape 2
-    kOverlapRims = 5,    ///< rim against rim or corner
+    kOverlapBoxFace = 16, ///< plus the axis of the box
+    kOverlapEnd1 = 12,    ///< end face of shape 1, a cylinder
+    kOverlapEnd2 = 3,     ///< end face of shape 2
+    kOverlapSides = 10,   ///< side against side, edge or corner
+    kOverlapRimSide = 8,  ///< rim of shape 1 against a side of shape 2
+    kOverlapSideRim = 2,  ///< side or edge of shape 1 against a rim of shape 2
+    kOverlapRims = 5,     ///< rim against rim or corner
 };
 
 /// A cylinder in the frame of a test.

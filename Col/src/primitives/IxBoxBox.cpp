@@ -77,7 +77,7 @@ void ColBoxBoxSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult* r
     const IxPairFrame frame(*pair);
     const auto &box1 = IxGeometry<ColBox>(pair->model1), &box2 = IxGeometry<ColBox>(pair->model2);
     OverlapAxis overlap;
-    overlapOBBs(&overlap, frame.eps, box1.mR, box2.mR, IxRelative(frame.tm2, frame.tm1));
+    overlapOBBs(&overlap, kKitInfinity, box1.mR, box2.mR, IxRelative(frame.tm2, frame.tm1));
     IxSafeTime(*pair, frame.tm1.transformWithoutTranslate(overlap.normal), overlap.separation,
                box1.mBoundingRadius, box2.mBoundingRadius, maxTime, result);
 }

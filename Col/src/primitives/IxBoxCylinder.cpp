@@ -30,7 +30,7 @@ void ColBoxCylinderSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResu
     const auto& box = IxGeometry<ColBox>(pair->model1);
     const auto& cylinder = IxGeometry<ColCylinder>(pair->model2);
     OverlapAxis overlap;
-    OverlapOBBCyl(&overlap, frame.eps, box.mR, IxCylinderShape(frame.tm2, frame.tm1, cylinder));
+    OverlapOBBCyl(&overlap, kKitInfinity, box.mR, IxCylinderShape(frame.tm2, frame.tm1, cylinder));
     IxSafeTime(*pair, frame.tm1.transformWithoutTranslate(overlap.normal), overlap.separation,
                box.mBoundingRadius, cylinder.mBoundingRadius, maxTime, result);
 }

@@ -6,10 +6,10 @@ namespace {
 
 /// Both cylinders of a pair in the frame of the first.
 struct CylinderPair {
-    CylinderPair(const ColModelPair& pair, const IxPairFrame& frame) noexcept
+    CylinderPair(const ColModelPair& pair, const IxPairFrame& frame, KitReal eps) noexcept
         : first(IxCylinderShape(frame.tm1, frame.tm1, IxGeometry<ColCylinder>(pair.model1))),
           second(IxCylinderShape(frame.tm2, frame.tm1, IxGeometry<ColCylinder>(pair.model2))),
-          touch(OverlapCylCyl(&overlap, frame.eps, first, second)) {}
+          touch(OverlapCylCyl(&overlap, eps, first, second)) {}
 
     CylinderShape first, second;
     OverlapAxis overlap;
@@ -24,7 +24,7 @@ bool meetAtPoint(int code) noexcept {
 
 int ColCylinderCylinderIntersect(ColModelPair* pair, ColIntersectResult* result) {
     const IxPairFrame frame(*pair);
-    const CylinderPair cylinders(*pair, frame);
+    const CylinderPair cylinders(*pair, frame, frame.eps);
     if (!cylinders.touch)
         return IxNoContact(result);
     if (IxMaxContacts(*pair, *result) == 0)
@@ -44,7 +44,7 @@ int ColCylinderCylinderIntersect(ColModelPair* pair, ColIntersectResult* result)
 
 void ColCylinderCylinderSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult* result) {
     const IxPairFrame frame(*pair);
-    const OverlapAxis overlap = CylinderPair(*pair, frame).overlap;
+    const OverlapAxis overlap = CylinderPair(*pair, frame, kKitInfinity).overlap;
     IxSafeTime(*pair, frame.tm1.transformWithoutTranslate(overlap.normal), overlap.separation,
                IxGeometry<ColCylinder>(pair->model1).mBoundingRadius,
                IxGeometry<ColCylinder>(pair->model2).mBoundingRadius, maxTime, result);
