@@ -4,6 +4,9 @@
 #include "../math/CylinderContacts.h"
 #include "IxPair.h"
 
+/// Cosine up to which two lines cross at a point rather than run along each other.
+constexpr KitReal kIxCrossingCosine = 0.99;
+
 /// A model's cylinder seen from a frame.
 inline CylinderShape IxCylinderShape(const lsTransform& tm, const lsTransform& frame,
                                      const ColCylinder& cylinder) noexcept {

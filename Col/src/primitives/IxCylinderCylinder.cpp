@@ -1,5 +1,6 @@
 #include "ColPrimitivePairs.h"
 
+#include "../math/Segments.h"
 #include "IxCylinder.h"
 
 namespace {
@@ -16,8 +17,26 @@ struct CylinderPair {
     bool touch;
 };
 
-bool meetAtPoint(int code) noexcept {
-    return code == kOverlapRims || code == kOverlapRimSide || code == kOverlapSideRim;
+/// Whether the cylinders meet at one point, and where on the first.
+bool meetAtPoint(const CylinderPair& cylinders, lsVec3* point) noexcept {
+    const CylinderShape &first = cylinders.first, &second = cylinders.second;
+    const OverlapAxis& overlap = cylinders.overlap;
+    const lsVec3& n = overlap.normal;
+    *point = second.farthest(n) + overlap.separation * n;
+    if (overlap.code == kOverlapRims || overlap.code == kOverlapSideRim)
+        return true;
+    if (overlap.code == kOverlapRimSide) {
+        *point = first.farthest(-n);
+        return true;
+    }
+    if (overlap.code != kOverlapSides || std::abs(first.axis.dot(second.axis)) > kIxCrossingCosine)
+        return false;
+    const Segment side1{first.centre - first.radius * n, first.halfHeight * first.axis};
+    const Segment side2{second.centre + second.radius * n, second.halfHeight * second.axis};
+    KitReal s = 0, t = 0;
+    ClosestPointsOnSegments(side1, side2, &s, &t);
+    *point = side1.at(s);
+    return true;
 }
 
 } // namespace
@@ -31,13 +50,9 @@ int ColCylinderCylinderIntersect(ColModelPair* pair, ColIntersectResult* result)
         return IxTouchOnly(result);
     const OverlapAxis& overlap = cylinders.overlap;
     CandidateList list;
-    if (!meetAtPoint(overlap.code) && overlap.separation <= 0)
+    lsVec3 single;
+    if (!meetAtPoint(cylinders, &single) && overlap.separation <= 0)
         CylCylIntersect(&list, cylinders.first, cylinders.second, overlap.normal);
-    // A rim of the first meets the side of the second at a point of the first.
-    const lsVec3 single =
-        overlap.code == kOverlapRimSide
-            ? cylinders.first.farthest(-overlap.normal)
-            : cylinders.second.farthest(overlap.normal) + overlap.separation * overlap.normal;
     return IxWriteCylinderContacts(frame, overlap, overlap.code != kOverlapEnd2, list, single,
                                    result);
 }
