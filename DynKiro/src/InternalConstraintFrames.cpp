@@ -3,6 +3,7 @@
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/WorldStepper.h>
 #include <Kit/KitMessage.h>
+#include <Kit/KitThreadPool.h>
 
 #include <algorithm>
 
@@ -34,15 +35,46 @@ void InternalConstraintFrames::step(bool finalSlice) {
     if (finalSlice && ++steps == 1)
         KitInfo(0, threaded > 0 ? "DynsStep: Using threaded version.\n"
                                 : "DynsStep: Not using threaded version.\n");
-    const bool useThreads = threaded > 0 && mCountPrimary > 1 && host.threadPool;
-    work(useThreads ? host.threadPool(host.owner) : nullptr);
+    for (StepperData* data : mSteppers)
+        data->chooseSolvers();
+    work(threadPool());
+}
+
+// Null if there is nothing that a second thread could do.
+KitThreadPool* InternalConstraintFrames::threadPool() const {
+    const auto canBeShared = [](const StepperData* data) { return data->canBeShared(); };
+    const bool useThreads =
+        threaded > 0 && host.threadPool &&
+        (mCountPrimary > 1 || std::any_of(primaries().begin(), primaries().end(), canBeShared));
+    return useThreads ? host.threadPool(host.owner) : nullptr;
+}
+
+// A partition is worth all threads if one thread with it alone would be the last to end.
+void InternalConstraintFrames::shareLargest(KitThreadPool* pool) {
+    for (StepperData* data : mSteppers) {
+        data->isShared = false;
+        data->kp.thread_pool = nullptr;
+    }
+    const std::size_t threads = pool ? pool->getThreadCount() : 1;
+    if (threads < 2)
+        return;
+    const auto rowsOf = [](const StepperData* data) {
+        return static_cast<std::size_t>(DynsConstraintsGetNumRows(data->c));
+    };
+    std::size_t rows = 0;
+    for (const StepperData* data : primaries())
+        rows += rowsOf(data);
+    for (StepperData* data : primaries())
+        if (data->canBeShared() && rowsOf(data) * threads > rows) {
+            data->isShared = true;
+            data->kp.thread_pool = pool;
+        }
 }
 
 void InternalConstraintFrames::work(KitThreadPool* pool) {
     if (mCountPrimary == 0)
         return;
-    for (StepperData* data : mSteppers)
-        data->chooseSolvers();
+    shareLargest(pool);
     if (mCountSecondary == 0)
         solveIndependent(pool);
     else
@@ -51,12 +83,14 @@ void InternalConstraintFrames::work(KitThreadPool* pool) {
 }
 
 void InternalConstraintFrames::solveIndependent(KitThreadPool* pool) {
-    if (pool) {
-        runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kAll, pool);
-        return;
+    for (int i = 0; i < mCountPrimary; ++i) {
+        StepperData* data = mSteppers[static_cast<std::size_t>(i)];
+        if (!pool || data->isShared)
+            data->solveAlone(i);
     }
-    for (int i = 0; i < mCountPrimary; ++i)
-        mSteppers[static_cast<std::size_t>(i)]->solveAlone(i);
+    if (pool)
+        runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kUnshared,
+                 pool);
 }
 
 // Each partition is solved with the others' forces on its bodies as loads, a fixed number of times.
@@ -104,6 +138,11 @@ void InternalConstraintFrames::passPrimaries(KitThreadPool* pool) {
                 data->runPass();
         return;
     }
+    for (StepperData* data : primaries())
+        if (data->isShared && data->isActive()) {
+            data->model->pre_sync_forces();
+            data->model->get_forces();
+        }
     runStage(pre_and_update_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kActive,
              pool);
     for (StepperData* data : primaries())

@@ -36,6 +36,8 @@ struct InternalConstraintFrames final : DynsConstraintFrames {
     DynsHost host;
 
 private:
+    [[nodiscard]] KitThreadPool* threadPool() const;
+    void shareLargest(KitThreadPool* pool);
     void work(KitThreadPool* pool);
     void solveIndependent(KitThreadPool* pool);
     void solveCoupled(KitThreadPool* pool);

@@ -50,9 +50,12 @@ void StepperData::chooseSolvers() {
     model = DynsFrameGetStepper(*kf, kp);
     linear_solver = DynsFrameGetMatrix(*kf, kp);
     lcp_solver = DynsFrameGetLcpSolver(*kf, kp);
-    const bool large = kp.iterative_rows_threshold > 0 &&
-                       DynsConstraintsGetNumRows(c) > kp.iterative_rows_threshold;
-    ct_solver = DynsFrameGetConstraintSolver(*kf, large ? kIterativeSolver : kp.ct_solver);
+    ct_solver = DynsFrameGetConstraintSolver(*kf, canBeShared() ? kIterativeSolver : kp.ct_solver);
+}
+
+bool StepperData::canBeShared() const {
+    return kp.iterative_rows_threshold > 0 &&
+           DynsConstraintsGetNumRows(c) > kp.iterative_rows_threshold;
 }
 
 void StepperData::setUp(int index) {

@@ -24,6 +24,8 @@ struct StepperData {
     /// Chooses the solver objects that the parameters name. For the stepping thread.
     void chooseSolvers();
 
+    /// Whether the solver that is chosen can put several threads to work.
+    [[nodiscard]] bool canBeShared() const;
     [[nodiscard]] bool isActive() const { return iteration < max_iteration; }
     void setUp(int index); ///< @param index place in the slice
     /// One pass alone: the other partitions' forces in, solved, its own forces out.
@@ -41,6 +43,8 @@ struct StepperData {
     int max_iteration = 1; ///< passes that the partition takes in this step
     int iteration = 0;     ///< passes done
     int partitionIndex = -1;
+    /// The threads of the pool solve the partition together, one such partition after the other.
+    bool isShared = false;
 
     // Chosen for the present slice.
     WorldStepper* model = nullptr;

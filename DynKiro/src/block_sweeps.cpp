@@ -146,6 +146,6 @@ void DynsBlockSweeps::runChunk(int chunk) {
         }
         if (!mAreBlocksBuilt)
             DynsSweepBlockBuild(block, c, block.constraint, block.data);
-        DynsSweepBlockLoad(block, c, mSums);
+        DynsSweepBlockLoad(block, c, mIsWarm, mSums);
     }
 }

@@ -30,6 +30,9 @@ public:
 
     /// Forgets lambda.
     void startFromZero();
+    /// Each solve begins with the given lambda brought inside its bounds, with those of friction rows
+    /// that follow the given normal forces.
+    void startFromGiven() { mIsWarm = true; }
     /// Sweeps from the present lambda, for the present rhs and bounds. Friction bounds follow the
     /// normal force of the same constraint. Every lambda stays finite and inside its bounds.
     ///
@@ -52,6 +55,7 @@ private:
     DynsSweepOrder mOrder;
     int mBodies;
     bool mAreBlocksBuilt = false;
+    bool mIsWarm = false;
     DynsColours mColours; ///< one group, to be taken in its order, for the order of the rows
     DynsSweepBlock* mBlocks = nullptr; ///< in the order of the sweep
     DynsSweepBody* mSums = nullptr;

@@ -36,6 +36,8 @@ void itr_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsP
     const bool large = p->iterative_rows_threshold > 0 && n > p->iterative_rows_threshold;
     mSweeps = new (place)
         DynsBlockSweeps(*c, nb, *pool, large ? DynsSweepOrder::kColours : DynsSweepOrder::kRows);
+    if (p->iterative_warm_start)
+        mSweeps->startFromGiven();
 }
 
 int itr_constraint_solver::solve() {

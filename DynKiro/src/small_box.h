@@ -55,25 +55,25 @@ inline void solveFreeOfThree(const DynsSmallBox& box) noexcept {
         z[2] = I[6] * b[0] + I[7] * b[1] + I[8] * b[2];
         return;
     }
-    int free[2] = {}, count = 0;
+    int rows[2] = {}, count = 0;
     for (int i = 0; i < 3; ++i)
         if (DynsSmallIndexOf(set, i) == kDynsSmallFree)
-            free[count++] = i, z[i] = 0;
+            rows[count++] = i, z[i] = 0;
     if (count == 0)
         return;
     KitReal r[2];
     for (int k = 0; k < count; ++k) {
-        const KitReal* row = M + 3 * free[k];
-        r[k] = box.b[free[k]] - (row[0] * z[0] + row[1] * z[1] + row[2] * z[2]);
+        const KitReal* row = M + 3 * rows[k];
+        r[k] = box.b[rows[k]] - (row[0] * z[0] + row[1] * z[1] + row[2] * z[2]);
     }
     if (count == 1) {
-        z[free[0]] = r[0] / M[4 * free[0]];
+        z[rows[0]] = r[0] / M[4 * rows[0]];
         return;
     }
-    const KitReal p = M[4 * free[0]], q = M[4 * free[1]], s = M[3 * free[0] + free[1]];
+    const KitReal p = M[4 * rows[0]], q = M[4 * rows[1]], s = M[3 * rows[0] + rows[1]];
     const KitReal scale = 1 / (p * q - s * s);
-    z[free[0]] = (q * r[0] - s * r[1]) * scale;
-    z[free[1]] = (p * r[1] - s * r[0]) * scale;
+    z[rows[0]] = (q * r[0] - s * r[1]) * scale;
+    z[rows[1]] = (p * r[1] - s * r[0]) * scale;
 }
 
 inline void solveFreeOfMany(const DynsSmallBox& box, int n) noexcept {
@@ -87,22 +87,22 @@ inline void solveFreeOfMany(const DynsSmallBox& box, int n) noexcept {
         return;
     }
     KitReal dense[kSmvMaxRows * kSmvMaxRows], x[kSmvMaxRows];
-    int free[kSmvMaxRows], count = 0;
+    int rows[kSmvMaxRows] = {}, count = 0;
     for (int i = 0; i < n; ++i)
         if (DynsSmallIndexOf(box.indexSet, i) == kDynsSmallFree)
-            free[count++] = i, box.z[i] = 0;
+            rows[count++] = i, box.z[i] = 0;
     for (int k = 0; k < count; ++k) {
-        const KitReal* row = box.M + free[k] * n;
-        x[k] = box.b[free[k]];
+        const KitReal* row = box.M + rows[k] * n;
+        x[k] = box.b[rows[k]];
         for (int j = 0; j < n; ++j)
             x[k] -= row[j] * box.z[j];
         for (int l = 0; l <= k; ++l)
-            dense[k * count + l] = row[free[l]];
+            dense[k * count + l] = row[rows[l]];
     }
     DynsFactorDenseLdl(dense, count, count);
     DynsSolveDenseLdl(dense, x, count, count);
     for (int k = 0; k < count; ++k)
-        box.z[free[k]] = x[k];
+        box.z[rows[k]] = x[k];
 }
 
 /// Puts the tight rows at their bounds and solves for the free ones.

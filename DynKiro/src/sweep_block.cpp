@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace {
 
@@ -17,16 +18,38 @@ KitReal finiteOrZero(KitReal value) noexcept {
     return std::isfinite(value) ? value : 0;
 }
 
-/// Product of a row with what is known of a body. Even and odd entries are summed apart.
-KitReal dot(const KitReal* row, const KitReal* a) noexcept {
-    const KitReal even = row[0] * a[0] + row[2] * a[2] + row[4] * a[4];
-    const KitReal odd = row[1] * a[1] + row[3] * a[3] + row[5] * a[5];
-    return even + odd;
+/// Two numbers in one register: rows of six are three of them. The order of sums does not depend on
+/// what the compiler makes of it.
+using Pair = KitReal __attribute__((vector_size(16)));
+
+Pair loadPair(const KitReal* x) noexcept {
+    Pair pair;
+    std::memcpy(&pair, x, sizeof pair);
+    return pair;
 }
 
-void addScaled(const KitReal* row, KitReal factor, KitReal* a) noexcept {
-    for (int k = 0; k < 6; ++k)
-        a[k] += factor * row[k];
+void storePair(KitReal* x, Pair pair) noexcept {
+    std::memcpy(x, &pair, sizeof pair);
+}
+
+struct Six {
+    Pair pairs[3];
+};
+
+Six loadSix(const KitReal* x) noexcept {
+    return {{loadPair(x), loadPair(x + 2), loadPair(x + 4)}};
+}
+
+KitReal dot(const KitReal* row, const Six& a) noexcept {
+    const Six r = loadSix(row);
+    const Pair sum = r.pairs[0] * a.pairs[0] + r.pairs[1] * a.pairs[1] + r.pairs[2] * a.pairs[2];
+    return sum[0] + sum[1];
+}
+
+void addScaled(const KitReal* row, KitReal factor, Six& sum) noexcept {
+    const Pair both = {factor, factor};
+    for (int k = 0; k < 3; ++k)
+        sum.pairs[k] += both * loadPair(row + 2 * k);
 }
 
 /// How far a row is from its complementarity condition.
@@ -65,7 +88,8 @@ void residualOf(const DynsSweepBlock& block, Rows rows, const DynsSweepBody* bod
     for (int j = 0; j < n; ++j)
         w[j] = -d[at.rhs() + j];
     for (int slot = 0; slot < block.slots; ++slot) {
-        const KitReal *J = d + at.jacobian(slot), *a = bodies[block.body[slot]].a;
+        const KitReal* J = d + at.jacobian(slot);
+        const Six a = loadSix(bodies[block.body[slot]].a);
         for (int j = 0; j < n; ++j)
             w[j] += dot(J + 6 * j, a);
     }
@@ -79,11 +103,11 @@ void push(const DynsSweepBlock& block, Rows rows, const KitReal* change, DynsSwe
     for (int slot = 0; slot < block.slots; ++slot) {
         const KitReal* JM = block.data + at.jacobian(slot) + 6 * n;
         KitReal* a = bodies[block.body[slot]].a;
-        KitReal sum[6];
-        std::copy(a, a + 6, sum);
+        Six sum = loadSix(a);
         for (int j = 0; j < n; ++j)
             addScaled(JM + 6 * j, change[j], sum);
-        std::copy(sum, sum + 6, a);
+        for (int k = 0; k < 3; ++k)
+            storePair(a + 2 * k, sum.pairs[k]);
     }
 }
 
@@ -142,6 +166,24 @@ KitReal visit(DynsSweepBlock& block, Rows rows, DynsSweepBody* bodies) {
     return error;
 }
 
+/// Brings the forces inside their bounds: normal forces first, as the bounds of friction follow them.
+void bringInside(DynsSweepBlock& block) {
+    const DynsRowsAny rows{block.rows};
+    const DynsSweepLayout<DynsRowsAny> at{rows};
+    KitReal* d = block.data;
+    const auto clamp = [&](bool friction) {
+        for (int j = 0; j < block.rows; ++j)
+            if ((block.normal[j] != kDynsSweepNoNormal) == friction)
+                d[at.lambda() + j] =
+                    std::min(std::max(d[at.lambda() + j], d[at.lower() + j]), d[at.upper() + j]);
+    };
+    clamp(false);
+    if (!block.hasFriction)
+        return;
+    followNormal(block, rows, d + at.lambda());
+    clamp(true);
+}
+
 /// Normal rows of the friction rows, where they are rows of the same constraint.
 void buildFriction(DynsSweepBlock& block, const DynsConstraints& c, int firstRow) {
     const DynsSweepLayout<DynsRowsAny> at{{block.rows}};
@@ -192,7 +234,7 @@ void DynsSweepBlockBuild(DynsSweepBlock& block, const DynsConstraints& c, int co
     }
 }
 
-void DynsSweepBlockLoad(DynsSweepBlock& block, const DynsConstraints& c,
+void DynsSweepBlockLoad(DynsSweepBlock& block, const DynsConstraints& c, bool isWarm,
                         DynsSweepBody* bodies) noexcept {
     const int firstRow = DynsConstraintFirstRow(c, block.constraint), rows = block.rows;
     const DynsSweepLayout<DynsRowsAny> at{{rows}};
@@ -202,6 +244,8 @@ void DynsSweepBlockLoad(DynsSweepBlock& block, const DynsConstraints& c,
     std::transform(c.lower + firstRow, c.lower + firstRow + rows, d + at.lower(), orZero);
     std::transform(c.upper + firstRow, c.upper + firstRow + rows, d + at.upper(), orZero);
     std::transform(c.lambda + firstRow, c.lambda + firstRow + rows, d + at.lambda(), finiteOrZero);
+    if (isWarm)
+        bringInside(block);
     push(block, DynsRowsAny{rows}, d + at.lambda(), bodies);
 }
 

@@ -34,7 +34,8 @@ struct alignas(64) DynsSweepBlock {
 void DynsSweepBlockBuild(DynsSweepBlock& block, const DynsConstraints& c, int constraint,
                          KitReal* data) noexcept;
 /// Takes right-hand side, bounds and forces of the rows, and adds what the forces do to the bodies.
-void DynsSweepBlockLoad(DynsSweepBlock& block, const DynsConstraints& c,
+/// @param isWarm the forces are a guess: friction bounds follow it, and it is brought inside the bounds
+void DynsSweepBlockLoad(DynsSweepBlock& block, const DynsConstraints& c, bool isWarm,
                         DynsSweepBody* bodies) noexcept;
 /// Solves the constraint with the effect of all others as a load. Its friction bounds, if it has any,
 /// follow its normal force, and it is solved once more. Every force is finite and inside its bounds.
