@@ -3,7 +3,7 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 function(halcyr_install)
-  foreach(folder KitGlobals DynKiro DynBcl Dyn hy)
+  foreach(folder KitGlobals DynKiro DynBcl Dyn Col hy)
     install(DIRECTORY ${folder}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
       FILES_MATCHING PATTERN "*.h")
   endforeach()

@@ -2,6 +2,7 @@
 #include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
+#include <Dyn/DynConstraint.h>
 #include <Kit/KitMatrix4.h>
 
 namespace {
@@ -85,6 +86,8 @@ void DynBodyLeaveConstraints(DynBody* body) {
         if (body->constraintList == node)
             return;
     }
+    while (const KitCListNode* hold = body->holders) // of disabled constraints
+        DynConstraintSetBody(hold->constraint, hold->slot, nullptr);
 }
 
 void DynBodyForAllConstraints(DynBody* body, void (*fn)(DynBaseConstraint*, void*), void* data) {

@@ -15,5 +15,5 @@ void DynBodyAdaptAttachments(DynBody* body, const KitMatrix4 change);
 /// Keeps each attachment, but those of contacts, where it stands in the world.
 /// @param oldTM centre-of-mass transform before the body moved
 void DynBodyHoldAttachments(DynBody* body, const KitMatrix4 oldTM);
-/// Takes the body out of all slots that hold it.
+/// Takes the body out of all slots that hold it, those of disabled constraints too.
 void DynBodyLeaveConstraints(DynBody* body);

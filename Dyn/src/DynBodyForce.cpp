@@ -1,8 +1,12 @@
 #include <Dyn/DynBodyForce.h>
 
+#include "DynWorldInternal.h"
+
+#include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
 #include <Kit/KitMessage.h>
 #include <Kit/KitPool.h>
+#include <Kit/KitVector.h>
 
 #include <algorithm>
 #include <atomic>
@@ -16,6 +20,46 @@ std::atomic<std::uint64_t> sLastForceSerial{0};
 void call(DynBodyForceCB callback, DynBodyForce* force) {
     if (callback)
         callback(force);
+}
+
+// The loads of the force's bodies that sleep, of which none can go during a step.
+void saveRestingLoads(const DynBodyForce& force, DynBuffer<DynRestingLoad>& loads) {
+    loads.clear();
+    for (int i = 0; i < force.nBodies; ++i) {
+        DynBody* body = force.b[i];
+        if (!body || body->world != force.w || DynBodyIsEnabled(body))
+            continue;
+        DynRestingLoad load{};
+        load.body = body;
+        load.impulseAdded = body->impulseAdded;
+        KitVector3Copy(load.force, body->kiroBody.force);
+        KitVector3Copy(load.torque, body->kiroBody.torque);
+        KitVector3Copy(load.impulseLinear, body->impulseLinear);
+        KitVector3Copy(load.impulseAngular, body->impulseAngular);
+        loads.push_back(load);
+    }
+}
+
+void restoreRestingLoads(const DynBuffer<DynRestingLoad>& loads) {
+    for (int i = 0; i < loads.size(); ++i) {
+        const DynRestingLoad& load = loads[i];
+        DynBody* body = load.body;
+        if (DynBodyIsEnabled(body))
+            continue;
+        KitVector3Copy(body->kiroBody.force, load.force);
+        KitVector3Copy(body->kiroBody.torque, load.torque);
+        KitVector3Copy(body->impulseLinear, load.impulseLinear);
+        KitVector3Copy(body->impulseAngular, load.impulseAngular);
+        body->impulseAdded = load.impulseAdded;
+    }
+}
+
+// Nothing takes the load off a body that sleeps: what is added in each step would pile up.
+void updateInStep(DynWorld* world, DynBodyForce* force) {
+    DynBuffer<DynRestingLoad>& loads = world->scratch->restingLoads;
+    saveRestingLoads(*force, loads);
+    call(force->update, force);
+    restoreRestingLoads(loads);
 }
 
 // The list of enabled forces is sorted by serial. Answers the place of the first one after serial.
@@ -154,7 +198,10 @@ void DynBodyForceUpdateEnabled(DynWorld* world) {
     while (force && force->serial <= newest) {
         const std::uint64_t serial = force->serial, version = world->forceListVersion;
         DynBodyForce* next = force->enabledNext;
-        call(force->update, force);
+        if (world->scratch->stepping)
+            updateInStep(world, force);
+        else
+            call(force->update, force);
         const bool unchanged = world->forceListVersion == version;
         force = unchanged ? next : *placeAfter(world, serial);
     }

@@ -17,15 +17,6 @@ namespace {
 
 std::atomic<std::uint64_t> sLastConstraintSerial{0};
 
-void bindSlot(DynBaseConstraint* c, int slot, DynBody* body) {
-    DyncConstraintHeader& head = c->bclH;
-    const bool moves = body && DynBodyIsDynamic(body) && DynConstraintIsEnabled(c);
-    head.b[slot] = moves ? &body->kiroBody : nullptr;
-    head.r[slot] = body ? &body->kiroBody.tm : nullptr;
-    head.velocity[slot] = body && !DynBodyIsFrozen(body) ? &body->kiroBody.vel : nullptr;
-    head.q[slot] = body ? body->kiroBody.qrot : nullptr;
-}
-
 void initCoordinates(DynBaseConstraint* c, const DynJointType& type) {
     c->limits = type.limits ? type.limits(c) : nullptr;
     c->iNumLimits = static_cast<int>(type.coordinates.size());
@@ -47,7 +38,7 @@ void initRecord(DynBaseConstraint* c, const DynJointType& type) {
     c->bclFunction = type.builder;
     c->updateKinematicFunction = DynConstraintUpdateKinematic;
     c->setBodyFunc = DynConstraintSetBody;
-    c->set1BodyFunc = bindSlot;
+    c->set1BodyFunc = DynConstraintBindSlot;
     c->setAxisFunc = DynConstraintBodySetAxes;
     c->kinematicUpdateIndex = -1;
     c->edge_data = {};
@@ -108,7 +99,9 @@ bool mayTake(const DynBaseConstraint* c, const DynBody* body) {
 void replaceBody(DynBaseConstraint* c, int slot, DynBody* body) {
     DynBody* old = c->body[slot];
     KitCListNodeRemove(c, slot);
+    DynConstraintLetBodyGo(c, slot);
     c->body[slot] = body;
+    DynConstraintHoldBody(c, slot);
     moveAttachment(c, slot, old, body);
     if (old)
         forgetBody(c, old);
@@ -118,6 +111,11 @@ void replaceBody(DynBaseConstraint* c, int slot, DynBody* body) {
         return;
     if (!mayAct(c) || !KitCListNodeInsert(c, slot))
         DynConstraintDisable(c);
+}
+
+void letBodiesGo(DynBaseConstraint* c) {
+    for (int slot = 0; slot < kDynsMaxConstraintBodies; ++slot)
+        DynConstraintLetBodyGo(c, slot);
 }
 
 bool mayBeEnabled(const DynBaseConstraint* c) {
@@ -142,6 +140,15 @@ bool DynConstraintIsSlot(const DynBaseConstraint* constraint, int slot, const ch
 bool DynConstraintIsRow(int row, const char* function) {
     return (row >= 0 && row < kDynsMaxConstraintRows) ||
            refuse(function, "the row must be one of a constraint's");
+}
+
+void DynConstraintBindSlot(DynBaseConstraint* c, int slot, DynBody* body) {
+    DyncConstraintHeader& head = c->bclH;
+    const bool moves = body && DynBodyIsDynamic(body) && DynConstraintIsEnabled(c);
+    head.b[slot] = moves ? &body->kiroBody : nullptr;
+    head.r[slot] = body ? &body->kiroBody.tm : nullptr;
+    head.velocity[slot] = body && !DynBodyIsFrozen(body) ? &body->kiroBody.vel : nullptr;
+    head.q[slot] = body ? body->kiroBody.qrot : nullptr;
 }
 
 void DynConstraintBindBodies(DynBaseConstraint* constraint) {
@@ -175,6 +182,7 @@ bool DynConstraintDestroy(DynBaseConstraint* constraint) {
         DynWorldRemoveConstraint(constraint->world, constraint);
     if (constraint->world) // in the middle of a step; it has been told
         return false;
+    letBodiesGo(constraint);
     constraint->bclH.tag = -1;
     KitPoolPutStruct(constraint->pool, constraint);
     return true;
@@ -189,13 +197,17 @@ void DynConstraintReset(DynBaseConstraint* constraint) {
     KitPool* pool = constraint->pool;
     Hy::HyConstraint* owner = constraint->mConstraint;
     const std::uint64_t serial = constraint->serial;
+    DynBaseConstraint *next = constraint->next, **tome = constraint->tome;
     const int slots = constraint->bclH.n_bodies, rows = constraint->bclH.max_rows;
+    letBodiesGo(constraint);
     constraint = type->construct(constraint); // the records have no destructor
     initRecord(constraint, *type);
     constraint->world = world;
     constraint->pool = pool;
     constraint->mConstraint = owner;
     constraint->serial = serial;
+    constraint->next = next;
+    constraint->tome = tome;
     constraint->bclH.n_bodies = slots;
     constraint->bclH.max_rows = rows;
 }
@@ -282,8 +294,9 @@ void DynConstraintEnableBodiesIfMoving(DynBaseConstraint* constraint) {
     DynBody** bodies = constraint->body;
     if (std::none_of(bodies, bodies + constraint->bclH.n_bodies, moves))
         return;
+    const DynBody* strongest = DynConstraintFindStrongestBody(constraint); // it may be asleep
     for (int slot = 0; slot < constraint->bclH.n_bodies; ++slot)
-        if (bodies[slot] && bodies[slot] != constraint->bclH.strongestBody)
+        if (bodies[slot] && bodies[slot] != strongest)
             DynBodyEnable(bodies[slot]);
 }
 

@@ -197,7 +197,7 @@ void DynConstraintResetDynamics(DynBaseConstraint* constraint) {
     for (DyncLimit& limit : coordinatesOf(constraint)) {
         limit.position = limit.previous_position = 0;
         limit.velocity = DynConstraintComputeLimitVelocity(constraint, &limit);
-        if (limit.currentControlState != kDynConstraintControlFree || limit.bForceCalculatePosition)
+        if (DyncLimitIsActive(limit)) // the record's position is what is read
             limit.position = DynConstraintComputeLimitPosition(constraint, &limit);
     }
     for (DyncFriction& friction : head.friction) {

@@ -2,6 +2,7 @@
 
 #include "DynConstraintInternal.h"
 
+#include <Dync/DyncCoordinate.h>
 #include <Kit/KitMessage.h>
 #include <Kit/KitVector.h>
 
@@ -35,6 +36,14 @@ KitReal rowBeforeForce(const DynBaseConstraint* c, const DyncLimit& limit) {
                                               : DynConstraintGetRowForce(c, limit.lastStepRow - 1);
 }
 
+bool hadFrictionRow(const DynBaseConstraint* c, const DyncFriction& friction) {
+    if (!friction.mEnabled || friction.mLastStepRow != 0)
+        return friction.mEnabled && friction.mLastStepRow > 0;
+    // Row 0 also stands for none; only a joint without equations can have friction there.
+    const DynJointType* type = DynJointTypeGet(c->bclH.tag);
+    return type && type->equations == 0 && friction.mMaxForce > 0;
+}
+
 } // namespace
 
 void DynConstraintGetForce(const DynBaseConstraint* constraint, int slot, KitVector3 force) {
@@ -63,6 +72,15 @@ KitReal DynConstraintGetRowForce(const DynBaseConstraint* constraint, int row) {
     return lambda[row];
 }
 
+KitReal DynConstraintGetEquationForce(const DynBaseConstraint* constraint, int row) {
+    if (DynConstraintIsLockedConstraint(constraint))
+        return 0;
+    for (const DyncFriction& friction : constraint->bclH.friction)
+        if (friction.mLastStepRow == row && hadFrictionRow(constraint, friction))
+            return 0;
+    return DynConstraintGetRowForce(constraint, row);
+}
+
 KitReal DynConstraintGetLimitForce(const DynBaseConstraint* constraint, const DyncLimit* limit) {
     if (!isExceeded(*limit))
         return DynConstraintGetLimitControlForce(constraint, limit);
@@ -74,7 +92,7 @@ KitReal DynConstraintGetLimitForce(const DynBaseConstraint* constraint, const Dy
 
 KitReal DynConstraintGetLimitControlForce(const DynBaseConstraint* constraint,
                                           const DyncLimit* limit) {
-    if (hasControl(*limit, kDynConstraintControlFree))
+    if (!DyncLimitIsDriven(*limit))
         return 0;
     const KitReal force = lastRowForce(constraint, *limit);
     if (!isExceeded(*limit) || hasControl(*limit, kDynConstraintControlLockActive))
@@ -102,11 +120,7 @@ KitReal DynConstraintGetFrictionForce(const DynBaseConstraint* constraint, int e
         return 0;
     }
     const DyncFriction& friction = constraint->bclH.friction[entry];
-    if (!friction.mEnabled || DynConstraintIsLockedConstraint(constraint))
-        return 0;
-    // Row 0 also stands for none; only a joint without equations can have friction there.
-    const DynJointType* type = DynJointTypeGet(constraint->bclH.tag);
-    if (friction.mLastStepRow == 0 && (!type || type->equations > 0 || !(friction.mMaxForce > 0)))
+    if (DynConstraintIsLockedConstraint(constraint) || !hadFrictionRow(constraint, friction))
         return 0;
     return DynConstraintGetRowForce(constraint, friction.mLastStepRow);
 }

@@ -192,9 +192,14 @@ KitReal DynLimitGetLockStiffness(const DyncLimit* limit) {
 }
 
 void DynLimitSetControl(DyncLimit* limit, DynConstraintControlState state) {
-    // A coordinate that had no row must not report the force of whichever row stands there.
-    if (limit->currentControlState == kDynConstraintControlFree &&
-        state != kDynConstraintControlFree && limit->currentLimitState != kDynLimitExceeded)
+    // A coordinate must not report the force of a row that the last step did not give it: it had
+    // none, or its stop and its lock had one row together or two.
+    const DynConstraintControlState before = limit->currentControlState;
+    const bool isExceeded = limit->currentLimitState == kDynLimitExceeded;
+    const bool hadRow = isExceeded || before != kDynConstraintControlFree;
+    const bool changesLock =
+        (before == kDynConstraintControlLockActive) != (state == kDynConstraintControlLockActive);
+    if ((!hadRow && state != before) || (isExceeded && changesLock))
         limit->lastStepRow = -1;
     limit->currentControlState = state;
 }

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+struct DynWorld;
+
 /// Bodies of the partition that wait for their turn, nearest first, in the order of arrival among
 /// equals: one list a distance, linked through the places of the bodies in the output.
 struct DynBodyIDQueue {
@@ -43,6 +45,10 @@ struct DynPartitionFill {
     int maxDepth;          ///< hops that it may reach into other groups
     int maxBodies;         ///< no more bodies vote for it from this size on, if above 0
 };
+
+/// Clears the notes of earlier steps on a constraint and finds its strongest body, once in a step of
+/// the world, which may be null.
+void DynPartitionPrepare(const DynWorld* world, DynBaseConstraint& c);
 
 /// Raises the capacities to at least these, at least doubling one that is too small.
 void DynPartitionOutputReserve(DynPartitionOutput* output, int bodies, int constraints);

@@ -176,6 +176,7 @@ void enlistNeighbours(const DynPartitionFill& fill, const DynBody* strong,
 
 void visitConstraint(const DynPartitionFill& fill, const DynBody* root, DynBaseConstraint& c,
                      int& depth) {
+    DynPartitionPrepare(fill.output->world, c);
     const bool strong = DynStrongestRoot(c) == root;
     if (c.merged && !strong)
         return;

@@ -1,3 +1,4 @@
+#include "DynPartitionInternal.h"
 #include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
@@ -32,4 +33,13 @@ void DynConstraintUpdateStrongestBody(DynBaseConstraint* constraint) {
     DynBody* strongest = DynConstraintFindStrongestBody(constraint);
     constraint->bclH.strongestBody = strongest;
     constraint->bclH.strongestSolverBody = strongest ? &strongest->rootParent->kiroBody : nullptr;
+}
+
+void DynPartitionPrepare(const DynWorld* world, DynBaseConstraint& c) {
+    if (!world || c.preparedStep == world->stepCount)
+        return;
+    c.preparedStep = world->stepCount;
+    c.edge_data = {};
+    c.bclH.gflag = 0;
+    DynConstraintUpdateStrongestBody(&c);
 }

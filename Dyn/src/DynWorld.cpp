@@ -1,7 +1,9 @@
+#include "DynConstraintInternal.h"
 #include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynBodyForce.h>
+#include <Dyn/DynConstraint.h>
 #include <Dyn/DynConstraintLinks.h>
 #include <Dyn/DynJointType.h>
 #include <Dyn/DynPartition.h>
@@ -71,22 +73,36 @@ int atLeastOne(int count, const char* what) {
     return 1;
 }
 
-void unlinkConstraint(DynBaseConstraint* constraint) {
+void letConstraintGo(DynWorld* world, DynBaseConstraint* constraint) {
     for (int slot = 0; slot < kDynsMaxConstraintBodies; ++slot)
         KitCListNodeRemove(constraint, slot);
     DynConstraintEnabledListRemove(constraint);
-    DynWorldRemoveConstraint(constraint->world, constraint);
+    DynWorldRemoveConstraint(world, constraint);
+    for (int slot = 0; constraint->pool == world->constraintPool && slot < kDynsMaxConstraintBodies;
+         ++slot)
+        DynConstraintLetBodyGo(constraint, slot);
+}
+
+// Of a body and a constraint that holds it, one goes with its pool and the other may stay.
+void dropHolders(const DynWorld* world, DynBody* body) {
+    for (KitCListNode *hold = body->holders, *next; hold; hold = next) {
+        next = hold->next;
+        if (body->pool == world->bodyPool || hold->constraint->pool == world->constraintPool)
+            DynConstraintSetBody(hold->constraint, hold->slot, nullptr);
+    }
 }
 
 void leaveContents(DynWorld* world) {
-    while (world->enabledConstraintHead)
-        unlinkConstraint(world->enabledConstraintHead);
+    while (world->constraintHead)
+        letConstraintGo(world, world->constraintHead);
     while (world->nKineticConstraints > 0)
         DynWorldRemoveKinematicConstraint(world, world->kineticConstraintHead[0]);
     while (world->forceHead)
         DynBodyForceDestroy(world->forceHead);
-    while (world->bodyHead)
-        DynWorldRemoveBody(world, world->bodyHead);
+    while (DynBody* body = world->bodyHead) {
+        dropHolders(world, body);
+        DynWorldRemoveBody(world, body);
+    }
 }
 
 } // namespace

@@ -100,6 +100,11 @@ void DynWorldInsertConstraint(DynWorld* world, DynBaseConstraint* constraint) {
         return;
     }
     constraint->world = world;
+    constraint->next = world->constraintHead;
+    constraint->tome = &world->constraintHead;
+    if (constraint->next)
+        constraint->next->tome = &constraint->next;
+    world->constraintHead = constraint;
     ++world->nConstraints;
     ++world->resize;
 }
@@ -116,6 +121,11 @@ void DynWorldRemoveConstraint(DynWorld* world, DynBaseConstraint* constraint) {
     if (DynWorldRefusesDuringStep(world, "DynWorldRemoveConstraint"))
         return;
     DynWorldRemoveKinematicConstraint(world, constraint);
+    *constraint->tome = constraint->next;
+    if (constraint->next)
+        constraint->next->tome = constraint->tome;
+    constraint->next = nullptr;
+    constraint->tome = nullptr;
     constraint->world = nullptr;
     --world->nConstraints;
 }

@@ -19,6 +19,13 @@ struct DynConstraintWalk {
     DynConstraintWalk* outer; ///< the walk that was under way when this one began
 };
 
+/// What waits for a sleeping body, while a body force is updated.
+struct DynRestingLoad {
+    DynBody* body;
+    bool impulseAdded;
+    KitVector3 force, torque, impulseLinear, impulseAngular;
+};
+
 /// Pools, and buffers that live from step to step; DynWorld::scratch.
 struct DynWorldScratch {
     KitPool bodies, constraints, constraintNodes, bodyForces, groupings;
@@ -27,7 +34,8 @@ struct DynWorldScratch {
     bool stepping = false;
     int couplingGroup = -1; ///< solver group of all secondaries in this step, or negative
     std::vector<ProcessPartitionWorkUnit> units;
-    DynBuffer<int> groupIsMoving;   ///< by partition group
+    DynBuffer<int> groupIsMoving; ///< by partition group
+    DynBuffer<DynRestingLoad> restingLoads;
     DynBuffer<char> stiffensBodies; ///< by partition: its group has geometric_stiffness
 };
 

@@ -1,3 +1,4 @@
+#include "DynPartitionInternal.h"
 #include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
@@ -24,12 +25,12 @@ void resizeIfNeeded(DynWorld* world) {
         DynWorldResize(world, world->nBodies, world->nConstraints);
 }
 
-void resetConstraints(DynWorld* world) {
-    for (DynBaseConstraint* c = world->enabledConstraintHead; c; c = c->enabledNext) {
-        c->edge_data = {};
-        c->bclH.gflag = 0;
-        DynConstraintUpdateStrongestBody(c);
-    }
+// The default partitioner prepares what it meets, so that what sleeps costs nothing.
+void prepareForOtherPartitioner(DynWorld* world) {
+    if (world->partition_parameters.partitioner == DynPartitionerExp)
+        return;
+    for (DynBaseConstraint* c = world->enabledConstraintHead; c; c = c->enabledNext)
+        DynPartitionPrepare(world, *c);
 }
 
 void sumRows(DynPartitionOutput& output) {
@@ -44,7 +45,7 @@ void sumRows(DynPartitionOutput& output) {
 void solveStep(DynWorld* world) {
     DynWorldUpdateConstraintParameters(world);
     resizeIfNeeded(world);
-    resetConstraints(world);
+    prepareForOtherPartitioner(world);
     DynPartitionUpdate(world->enabledBodyHead, &world->partitionOutput,
                        &world->partition_parameters);
     DynBodyForceUpdateEnabled(world);

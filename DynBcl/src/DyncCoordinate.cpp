@@ -122,7 +122,7 @@ bool DyncLimitUpdateControlState(DyncLimit* limit) {
         limit->currentLimitState = kDynLimitExceeded;
         return true;
     }
-    return limit->currentControlState != kDynConstraintControlFree;
+    return DyncLimitIsDriven(*limit);
 }
 
 void DyncSetRowFactorsToLock(DynsInputRowFactors* factors, const DyncConstraintParameters* params,
@@ -177,17 +177,18 @@ void DyncSetRowFactorsToLimitBounce(DynsInputRowFactors* factors,
                                     const DyncLimit& limit) {
     const bool atLower = limit.overshoot < 0;
     const DyncSingleLimit& stop = limit.limit[atLower ? 0 : 1];
-    if (limit.overshoot == 0 || stop.compliance < 0)
-        return;
     const bool motorized = limit.currentControlState == kDynConstraintControlMotorActive;
-    if (motorized && !DyncSoftnessFromCompliance(stop.compliance, stop.damping, 1).acts) {
+    const bool acts = limit.overshoot != 0 && stop.compliance >= 0 &&
+                      DyncSoftnessFromCompliance(stop.compliance, stop.damping, 1).acts;
+    if (!acts && motorized) {
         DyncLimit free = limit; // the motor turns as if the stop were not there
         free.currentLimitState = kDynLimitInactive;
         DyncSetRowFactorsToMotor(factors, params, row, free);
         return;
     }
-    DyncSetRowFactorsToSpring(factors, params, row, stop.compliance, stop.damping, limit.overshoot,
-                              atLower ? 0 : -stop.maxForce, atLower ? stop.maxForce : 0);
+    const KitReal most = acts ? stop.maxForce : 0;
+    DyncSetRowFactorsToSpring(factors, params, row, acts ? stop.compliance : 0, stop.damping,
+                              limit.overshoot, atLower ? 0 : -most, atLower ? most : 0);
     // A coordinate that moves on past the stop leaves it with a part of its closing speed.
     factors->v0[row] = stop.velocity;
     const KitReal closing = (limit.velocity - stop.velocity) * stop.restitution;
@@ -221,10 +222,13 @@ void DyncLimitSetDriver(DynsInputRowFactors* factors, const DyncConstraintParame
         DyncSetRowFactorsToMotor(factors, params, row, *limit);
 }
 
+bool DyncLimitIsDriven(const DyncLimit& limit) {
+    return limit.currentControlState == kDynConstraintControlMotorActive ||
+           limit.currentControlState == kDynConstraintControlLockActive;
+}
+
 bool DyncLimitIsActive(const DyncLimit& limit) {
-    return limit.currentLimitState != kDynLimitInactive ||
-           limit.currentControlState == kDynConstraintControlMotorActive ||
-           limit.currentControlState == kDynConstraintControlLockActive ||
+    return limit.currentLimitState != kDynLimitInactive || DyncLimitIsDriven(limit) ||
            limit.bForceCalculatePosition != 0;
 }
 

@@ -48,7 +48,7 @@ int DyncAddFriction(DynsInputRowFactors* factors, DyncRowBlock& G, int row,
         }
         const int at = row + added;
         if (at >= head.max_rows) {
-            entry.mLastStepRow = 0;
+            entry.mLastStepRow = -1;
             warnOnce();
             continue;
         }

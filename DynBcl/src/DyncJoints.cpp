@@ -147,6 +147,20 @@ int DyncAddFixedPath(DynsConstraints* clist, DynBaseConstraint* constraint,
     return b.end();
 }
 
+namespace {
+
+// What relaxes a row of the joint is not for the lock's row of the same index.
+void holdRigidly(JointBuilder& b) {
+    for (int row = 0; row < b.rows; ++row) {
+        const int kind = (b.factors.flags[row] & kDynsRowAngular) != 0 ? 1 : 0;
+        b.factors.xepsilon[row] = b.params->diag[kind];
+        b.factors.xgamma[row] = b.params->rhs[kind];
+        b.factors.flags[row] |= kDynsRowOwnSoftness;
+    }
+}
+
+} // namespace
+
 int DyncAddLockJoint(DynsConstraints* clist, DynBaseConstraint* constraint,
                      const DyncConstraintParameters* params) {
     JointBuilder b(clist, constraint, params);
@@ -156,5 +170,6 @@ int DyncAddLockJoint(DynsConstraints* clist, DynBaseConstraint* constraint,
     b.addRightAngle(b.axis(0, 2), b.axis(1, 1));
     b.addPosition(b.axis(0, 2), 0);
     b.addRightAngle(b.axis(0, 1), b.axis(1, 0));
+    holdRigidly(b);
     return DyncEndConstraint(clist, constraint, &b.factors, b.rows, params);
 }

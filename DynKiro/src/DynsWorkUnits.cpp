@@ -64,7 +64,13 @@ void fillWorkUnit(BasePartitionWorkUnit& unit, StepperData* const* steppers, int
     int i = index;
     for (; i < end; ++i) {
         StepperData* data = steppers[i];
+<<<<<<< HEAD
         if (!isChosen(*data, choice))
+=======
+        if (choice != PartitionChoice::kAll && data->usesAllThreads)
+            continue;
+        if (choice == PartitionChoice::kActiveShared && !data->isActive())
+>>>>>>> main
             continue;
         if (!unit.accepts(*data))
             break;

@@ -39,6 +39,8 @@ private:
     [[nodiscard]] KitThreadPool* threadPool() const;
     void shareLargest(KitThreadPool* pool);
     void work(KitThreadPool* pool);
+    [[nodiscard]] KitThreadPool* poolForSlice() const;
+    void spreadLargePartitions(KitThreadPool* pool);
     void solveIndependent(KitThreadPool* pool);
     void solveCoupled(KitThreadPool* pool);
     void passSecondaries(KitThreadPool* pool);

@@ -58,6 +58,12 @@ bool StepperData::canBeShared() const {
            DynsConstraintsGetNumRows(c) > kp.iterative_rows_threshold;
 }
 
+void StepperData::spreadOver(KitThreadPool* pool) {
+    usesAllThreads = pool != nullptr;
+    if (linear_solver)
+        linear_solver->thread_pool = pool;
+}
+
 void StepperData::setUp(int index) {
     iteration = 0;
     model->setup(nb, c, &kp, b, lcp_solver, linear_solver, ct_solver);

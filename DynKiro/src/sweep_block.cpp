@@ -166,6 +166,13 @@ KitReal visit(DynsSweepBlock& block, Rows rows, DynsSweepBody* bodies) {
     return error;
 }
 
+/// A row whose bounds leave it no finite force gets none.
+void loadBounds(KitReal lower, KitReal upper, KitReal& toLower, KitReal& toUpper) noexcept {
+    const bool usable = lower <= kKitInfinity && upper >= -kKitInfinity;
+    toLower = usable ? std::max(lower, -kKitInfinity) : 0;
+    toUpper = usable ? std::min(upper, kKitInfinity) : 0;
+}
+
 /// Brings the forces inside their bounds: normal forces first, as the bounds of friction follow them.
 void bringInside(DynsSweepBlock& block) {
     const DynsRowsAny rows{block.rows};
@@ -240,9 +247,9 @@ void DynsSweepBlockLoad(DynsSweepBlock& block, const DynsConstraints& c, bool is
     const DynsSweepLayout<DynsRowsAny> at{{rows}};
     KitReal* d = block.data;
     std::copy_n(c.rhs + firstRow, rows, d + at.rhs());
-    const auto orZero = [](KitReal bound) { return std::isnan(bound) ? 0 : bound; };
-    std::transform(c.lower + firstRow, c.lower + firstRow + rows, d + at.lower(), orZero);
-    std::transform(c.upper + firstRow, c.upper + firstRow + rows, d + at.upper(), orZero);
+    for (int j = 0; j < rows; ++j)
+        loadBounds(c.lower[firstRow + j], c.upper[firstRow + j], d[at.lower() + j],
+                   d[at.upper() + j]);
     std::transform(c.lambda + firstRow, c.lambda + firstRow + rows, d + at.lambda(), finiteOrZero);
     if (isWarm)
         bringInside(block);

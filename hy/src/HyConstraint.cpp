@@ -124,7 +124,7 @@ void HyConstraint::setPart(int i, HyPart* part) {
     if (mKinematicPartIndex == i)
         followKinematicPart();
     updateEnableInternal();
-    if (part && getMaxPartCount() > 1 && mPartList[0] == mPartList[1])
+    if (getMaxPartCount() > 1 && mPartList[0] && mPartList[0] == mPartList[1])
         HyInfo(0,
                "HyConstraint::setPart: constraint %s has its two first parts set to the same "
                "value, the constraint might not work correctly.\n",

@@ -2,6 +2,7 @@
 
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynLimit.h>
+#include <Dync/DyncCoordinate.h>
 #include <Hy/HyMessage.h>
 
 #include <algorithm>
@@ -69,6 +70,8 @@ bool HyConstraint::setControl(int i, CoordinateControlEnum control) {
         return false;
     }
     const DynConstraintControlState before = limit->currentControlState;
+    if (!measuresCoordinates() || !DyncLimitIsActive(*limit)) // nobody has followed the parts
+        limit->position = DynConstraintComputeLimitPosition(mConstraint, limit);
     DynLimitSetControl(limit, stateFor(*limit, control));
     DynConstraintResetNeedKinematicUpdate(mConstraint);
     wakeParts();
@@ -77,15 +80,22 @@ bool HyConstraint::setControl(int i, CoordinateControlEnum control) {
 
 HyConstraint::CoordinateControlEnum HyConstraint::getControl(int i) const {
     const DyncLimit* limit = coordinateAt(i, "getControl");
-    if (!limit || limit->currentControlState == kDynConstraintControlFree)
+    if (!limit || !DyncLimitIsDriven(*limit))
         return kControlFree;
     return isHeld(*limit) ? kControlLocked : kControlMotorized;
 }
 
 // Positions.
 
+// The joint's own rows measure its coordinates; those of a locked joint do not, and a joint within one
+// body has none.
+bool HyConstraint::measuresCoordinates() const {
+    return mEnabledInternal && !mConstraint->merged && !isLockedAll();
+}
+
 bool HyConstraint::tracksPosition(const DyncLimit& limit) const {
-    return mEnabledInternal && (DynLimitAreLimitsActive(&limit) || limit.bForceCalculatePosition);
+    return measuresCoordinates() &&
+           (DynLimitAreLimitsActive(&limit) || limit.bForceCalculatePosition);
 }
 
 HyReal HyConstraint::getCoordinateCurrentPosition(int i) const {

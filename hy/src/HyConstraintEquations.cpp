@@ -106,8 +106,9 @@ void HyConstraint::getRelaxationMinMaxForce(int e, HyReal& minForce, HyReal& max
 }
 
 HyReal HyConstraint::getConstraintEquationForce(int e) const {
-    return isEquation(e, "getConstraintEquationForce") ? DynConstraintGetRowForce(mConstraint, e)
-                                                       : 0;
+    return isEquation(e, "getConstraintEquationForce")
+               ? DynConstraintGetEquationForce(mConstraint, e)
+               : 0;
 }
 
 int HyConstraint::forceLimitReached(int row) const {

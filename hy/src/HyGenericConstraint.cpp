@@ -30,6 +30,22 @@ bool isStrength(unsigned row, HyReal first, HyReal second) {
     return false;
 }
 
+bool isIndex(int index, int first, int last, const char* operation, const char* what) {
+    if (index >= first && index <= last)
+        return true;
+    HyWarning(0, "HyGenericConstraint::%s: the %s must be %d to %d.\n", operation, what, first,
+              last);
+    return false;
+}
+
+bool isAxis(int axis, const char* operation) {
+    return isIndex(axis, 0, 2, operation, "axis");
+}
+
+bool isPairPart(int part, const char* operation) {
+    return isIndex(part, 0, 1, operation, "part");
+}
+
 const lsVec3& low(const HyVector3& v) {
     return lsVec3::constCast(v.v);
 }
@@ -153,11 +169,17 @@ bool HyGenericConstraint::ConstraintInternal::hasRoom(int rows, const char* oper
 }
 
 HyReal HyGenericConstraint::ConstraintInternal::getLinearPosition(int i, int j) const {
+    constexpr const char* kOperation = "getLinearPosition";
+    if (!isPairPart(i, kOperation) || !isAxis(j, kOperation))
+        return 0;
     return (getAttachmentPos(0) - getAttachmentPos(1)).dot(getAttachmentAxis(i, j));
 }
 
 HyReal HyGenericConstraint::ConstraintInternal::getAngularPosition(int i, int j,
                                                                    HyReal reference) const {
+    constexpr const char* kOperation = "getAngularPosition";
+    if (!isPairPart(i, kOperation) || !isAxis(j, kOperation))
+        return 0;
     constexpr int kCompared[2][3] = {{1, 2, 0}, {2, 0, 1}};
     constexpr int kSense[2][3] = {{2, 0, 1}, {1, 2, 0}};
     const HyVector3& other = getAttachmentAxis(1 - i, kCompared[i][j]);
@@ -168,7 +190,8 @@ HyReal HyGenericConstraint::ConstraintInternal::getAngularPosition(int i, int j,
 }
 
 int HyGenericConstraint::ConstraintInternal::addSphericalConstraint(int reference) {
-    if (!hasRoom(3, "addSphericalConstraint"))
+    constexpr const char* kOperation = "addSphericalConstraint";
+    if (!isIndex(reference, -1, 1, kOperation, "reference") || !hasRoom(3, kOperation))
         return 0;
     const int added = DyncSetSphericalConstraint(mRows->factors, *mRows->G, mRowAdded,
                                                  mRows->frames->w, mRows->frames->p, reference, 1);
@@ -182,7 +205,8 @@ int HyGenericConstraint::ConstraintInternal::addDot2Constraint(const HyVector3& 
 
 int HyGenericConstraint::ConstraintInternal::addDot2Constraint(const HyVector3& axis, int refBody,
                                                                const HyVector3& arm) {
-    if (!hasRoom(1, "addDot2Constraint"))
+    constexpr const char* kOperation = "addDot2Constraint";
+    if (!isPairPart(refBody, kOperation) || !hasRoom(1, kOperation))
         return 0;
     const int added = DyncSetDot2Constraint(mRows->factors, *mRows->G, mRowAdded, low(arm),
                                             low(axis), mRows->frames->p, refBody, 1);
@@ -191,7 +215,8 @@ int HyGenericConstraint::ConstraintInternal::addDot2Constraint(const HyVector3& 
 }
 
 int HyGenericConstraint::ConstraintInternal::addDot1Constraint(int i, int j) {
-    if (!hasRoom(1, "addDot1Constraint"))
+    constexpr const char* kOperation = "addDot1Constraint";
+    if (!isAxis(i, kOperation) || !isAxis(j, kOperation) || !hasRoom(1, kOperation))
         return 0;
     const int added =
         DyncSetDot1Constraint(mRows->factors, *mRows->G, mRowAdded, mRows->frames->w[0].axis(i),
@@ -238,7 +263,10 @@ int HyGenericConstraint::ConstraintInternal::addDistanceConstraint(HyReal distan
 int HyGenericConstraint::ConstraintInternal::addLinePointDistanceConstraint(int pointBody,
                                                                             int lineBody, int axis,
                                                                             HyReal distance) {
-    if (!hasRoom(1, "addLinePointDistanceConstraint"))
+    constexpr const char* kOperation = "addLinePointDistanceConstraint";
+    if (!isIndex(pointBody, 0, mPartCount - 1, kOperation, "part") ||
+        !isIndex(lineBody, 0, mPartCount - 1, kOperation, "part") || !isAxis(axis, kOperation) ||
+        !hasRoom(1, kOperation))
         return 0;
     const HyVector3 p = getAttachmentPos(pointBody) - getAttachmentPos(lineBody);
     const HyVector3& a = getAttachmentAxis(lineBody, axis);

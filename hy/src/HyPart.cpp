@@ -2,6 +2,8 @@
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
+#include <Hy/FrictionDirectionSubscriber.h>
+#include <Hy/HyCollisionRule.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
@@ -12,8 +14,6 @@ namespace Hy {
 namespace {
 
 constexpr int kBodiesPerBlock = 1000;
-/// Before collision rules of assemblies, mechanisms and the scene (20000 to 40000).
-constexpr int kPartRulePriority = 10000;
 
 // The bodies of all parts, in the order of creation as long as none is destroyed.
 KitPool sBodyPool;
@@ -66,12 +66,18 @@ HyPart::~HyPart() {
         mConstraintsArr.back()->forgetPart(this);
     if (mUniverse)
         mUniverse->removePart(this);
+    setFrictionDirectionSubscriber(nullptr);
     DynBodyDisable(mDynBodyID);
     returnBody(mDynBodyID);
 }
 
 int HyPart::getCollisionRulePriority() const {
-    return kPartRulePriority;
+    return HyCollisionRule::PriorityPart;
+}
+
+void HyPart::onCollisionRulesChanged() {
+    if (mUniverse)
+        mUniverse->partNeedsPreStep(this);
 }
 
 void HyPart::setControl(EntityControlTypeEnum control) {
@@ -208,6 +214,7 @@ void HyPart::setUniverse(HyUniverse* universe) {
     if (mUniverse)
         enterUniverse(*mUniverse);
     updateConstraints();
+    onCollisionRuleContainerUniverseChanged(old, mUniverse);
 }
 
 // Constraints.
@@ -251,6 +258,7 @@ void HyPart::enterUniverse(HyUniverse& universe) {
 
 void HyPart::preStep() {
     _updateControl();
+    preStepCollisionRuleContainer(mUniverse);
 }
 
 void HyPart::postStep() {

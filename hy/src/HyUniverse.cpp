@@ -1,8 +1,11 @@
 #include <Hy/HyUniverse.h>
 
+#include "HyCollisionRuleStore.h"
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Hy/HyFrame.h>
+#include <Hy/HyMaterialTable.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyThread.h>
 #include <Hy/HyUniverseObserver.h>
@@ -42,8 +45,12 @@ unsigned raisedToEven(unsigned n) {
 
 } // namespace
 
-HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable*)
-    : mSavedCoordinates(std::make_unique<HySavedCoordinates>()) {
+HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable* materialTable)
+    : mSavedCoordinates(std::make_unique<HySavedCoordinates>()),
+      mCollisionRules(std::make_unique<HyCollisionRuleStore>()),
+      mOwnMaterialTable(materialTable ? nullptr : new HyMaterialTable),
+      mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()),
+      mCollisionRulesNextID(HyCollisionRule::InvalidID + 1) {
     init(maxCollisionGeometries);
     setEarthGravity();
 }
@@ -58,6 +65,7 @@ void HyUniverse::init(unsigned maxCollisionGeometries) {
     host.threadPool = threadPool;
     host.globalCouplingSolverGroup = globalCouplingSolverGroup;
     DynWorldSetHost(mWorld, host);
+    mUserContacts = std::make_unique<HyUserContacts>(mWorld);
     DynPartitionParametersSetGroupingMode(&mWorld->partition_parameters, kDynPartitionUserGrouping);
     DynGroupingGet(mWorld, 0);
     setMaxSimultaneousSolverCount(HyThreadGetCPUCount());
@@ -74,8 +82,10 @@ HyUniverse::~HyUniverse() {
         if (mObservers.contains(&observer)) // it may have left in the call
             unregisterObserver(&observer, true);
     });
+    deleteAllUserDynamicsContacts();
     destroyConstraints();
     destroyParts();
+    mUserContacts.reset();
     mPartVisits.end();
     mConstraintVisits.end();
     DynWorldDestroy(mWorld);
@@ -121,6 +131,33 @@ int HyUniverse::getLastPartitionCount() const {
     return mWorld->partitionOutput.nPartitions;
 }
 
+// Materials.
+
+void HyUniverse::setMaterialTable(HyMaterialTable* table) {
+    if (!table) {
+        HyWarning(0, "HyUniverse::setMaterialTable: table must not be null.\n");
+        return;
+    }
+    if (table == mMaterialTable)
+        return;
+    warnIfStepping("set material table");
+    mMaterialTable = table;
+    mOwnMaterialTable.reset();
+}
+
+HyMaterial* HyUniverse::getMaterial(const char* name) const {
+    return mMaterialTable->getMaterial(name);
+}
+
+HyContactMaterial* HyUniverse::getContactMaterial(const HyMaterial* material1,
+                                                  const HyMaterial* material2) const {
+    return mMaterialTable->getContactMaterial(material1, material2);
+}
+
+void HyUniverse::dumpMaterialPropertyTable(const char* filename) const {
+    mMaterialTable->dump(filename);
+}
+
 // Bodies and constraints.
 
 void HyUniverse::warnIfStepping(const char* operation) const {
@@ -137,6 +174,7 @@ void HyUniverse::insertDynBody(DynBody* body) {
 
 void HyUniverse::removeDynBody(DynBody* body) {
     warnIfStepping("remove part");
+    mUserContacts->forget(body);
     mPartVisits.leaves(body);
     DynWorldRemoveBody(mWorld, body);
 }

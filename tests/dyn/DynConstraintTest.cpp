@@ -124,6 +124,57 @@ TEST_F(DynConstraintTest, DestroyedBodyLeavesItsSlot) {
     EXPECT_EQ(world->nEnabledConstraints, 0);
 }
 
+// Whatever goes first, a constraint that does not act points at no body that is gone, and the other
+// way round.
+TEST_F(DynConstraintTest, DisabledConstraintsAndBodiesForgetEachOther) {
+    DynBody *a = addBody(), *b = addBody();
+    DynBaseConstraint *idle = add(kDynTagHinge, a, b), *twice = add(kDynTagHinge, a, a),
+                      *once = add(kDynTagGeneric, b, nullptr), *reset = add(kDynTagHinge, a, b);
+    DynBaseConstraint* outside = DynConstraintCreateInPool(&pool, kDynTagHinge); // in no world
+    DynConstraintSetBodies(outside, b, a);
+    DynConstraintSetBody(once, 5, a);
+    DynConstraintEnable(idle);
+    DynConstraintDisable(idle);
+    DynConstraintSetBodySeenAsKinematic(idle, a);
+    DynConstraintReset(reset);
+    DynConstraintDestroy(outside);
+    DynBodyDestroy(a);
+    EXPECT_EQ(idle->body[0], nullptr);
+    EXPECT_EQ(idle->bclH.bodySeenAsKinematic, nullptr);
+    EXPECT_EQ(idle->bclH.r[0], nullptr);
+    EXPECT_EQ(twice->body[0], nullptr);
+    EXPECT_EQ(twice->body[1], nullptr);
+    EXPECT_EQ(once->body[5], nullptr);
+    EXPECT_EQ(idle->body[1], b) << "the other body stays";
+    EXPECT_TRUE(DynConstraintEnable(idle));
+    EXPECT_TRUE(DynConstraintEnable(once));
+    step();
+}
+
+// A constraint outlives the world of its bodies, and bodies outlive the world of their constraints.
+TEST_F(DynConstraintTest, DestroyedWorldIsForgotten) {
+    DynWorld* other = DynWorldCreate(1, 1);
+    DynBody *theirs = DynBodyCreate(other), *mine = DynBodyCreate(world), *left = addBody();
+    DynWorldInsertBody(other, theirs);
+    DynWorldInsertBody(other, mine);
+    DynBaseConstraint* joint = DynConstraintCreateInPool(&pool, kDynTagHinge);
+    joints.push_back(joint);
+    DynConstraintSetBodies(joint, theirs, mine);
+    DynWorldInsertConstraint(other, joint);
+    DynConstraintReset(joint); // stays in its world
+    DynConstraintSetBodies(joint, theirs, mine);
+    DynBaseConstraint* goes = DynConstraintCreateInPool(other->constraintPool, kDynTagHinge);
+    DynConstraintSetBodies(goes, mine, left);
+    DynWorldInsertConstraint(other, goes);
+    DynWorldDestroy(other);
+    EXPECT_EQ(joint->world, nullptr);
+    EXPECT_EQ(joint->body[0], nullptr);
+    EXPECT_EQ(joint->body[1], mine);
+    DynBodyDestroy(mine);
+    DynBodyDestroy(left);
+    EXPECT_EQ(joint->body[1], nullptr);
+}
+
 TEST_F(DynConstraintTest, AttachmentsFollowTheirFrames) {
     std::mt19937 random(7);
     for (int round = 0; round < 20; ++round) {
@@ -206,6 +257,31 @@ TEST_F(DynConstraintTest, StrongestBodyIsNotMoved) {
     EXPECT_GT(p0[1], 0.5);
 }
 
+// Steps pass a constraint by while its bodies sleep; once awake, it goes by what holds then.
+TEST_F(DynConstraintTest, StrengthSetDuringSleepCounts) {
+    DynBody *weak = addBody(), *strong = addBody(1);
+    addBody(9); // keeps the world stepping
+    DynBodySetUserGroup(strong, 1);
+    DynBaseConstraint* joint = add(kDynTagBSJoint, weak, strong);
+    DynConstraintEnable(joint);
+    step();
+    DynBodyDisable(weak);
+    DynBodyDisable(strong);
+    DynGroupingGet(world, 1)->strength = 5;
+    step(2);
+    EXPECT_EQ(joint->bclH.strongestBody, nullptr) << "nothing was done for it";
+    DynConstraintEnableBodiesIfMoving(joint);
+    EXPECT_FALSE(DynBodyIsEnabled(weak)) << "none of its bodies moves";
+    DynBodyEnable(weak);
+    DynConstraintEnableBodiesIfMoving(joint);
+    EXPECT_FALSE(DynBodyIsEnabled(strong)) << "the strongest one sleeps on";
+    const KitVector3 push = {0, 60, 0};
+    DynBodyAddForce(weak, push);
+    step();
+    EXPECT_EQ(strong->kiroBody.vel[1], 0);
+    EXPECT_NEAR(weak->kiroBody.vel[1], 0, 0.1) << "held at its end, it turns";
+}
+
 TEST_F(DynConstraintTest, BodySeenAsKinematicIsNotMoved) {
     DynBody *a = addBody(), *b = addBody(1);
     DynBaseConstraint* joint = add(kDynTagBSJoint, a, b);
@@ -253,11 +329,15 @@ TEST_F(DynConstraintTest, LockAllSwapsTheBuilder) {
     DynConstraintEnable(hinge);
     EXPECT_EQ(DynConstraintLockConstraint(hinge), 1);
     EXPECT_TRUE(DynConstraintIsLockedConstraint(hinge));
-    const KitVector3 torque = {5, 0, 0};
-    DynBodyAddTorque(body, torque); // about the hinge's axis
+    DynConstraintRelaxConstraint(hinge, 1, 1, 0, 0); // of the joint; the lock's row 1 is an angle
+    const KitVector3 torque = {5, 0, 0}, tilt = {5, 5, 5};
+    DynBodyAddTorque(body, tilt);
     step();
-    EXPECT_NEAR(body->kiroBody.velrot[0], 0, 1e-6);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_NEAR(body->kiroBody.velrot[i], 0, 1e-6) << i;
+    EXPECT_EQ(DynConstraintGetEquationForce(hinge, 3), 0) << "the lock has no equations";
     DynConstraintUnlockConstraint(hinge);
+    DynConstraintEnableRelaxConstraint(hinge, 1, false);
     DynBodyAddTorque(body, torque);
     step();
     EXPECT_NEAR(body->kiroBody.velrot[0], 5 / 0.4 * kStep, 1e-6);
@@ -270,6 +350,26 @@ TEST_F(DynConstraintTest, LockAllSwapsTheBuilder) {
     DynConstraintUnlockConstraint(user);
     EXPECT_EQ(WarningRecorder::take().at(0), "12: DynConstraintUnlockConstraint: "
                                              "'DynUserConstraint' constraint is not lockable.\n");
+}
+
+// A slack rope has no row of its own; what stands in its place is friction.
+TEST_F(DynConstraintTest, EquationWithoutARowBearsNoForce) {
+    DynBody* body = addBody(1);
+    auto* rope = add<DynDistance>(kDynTagDistance, body, nullptr);
+    const KitVector3 end = {1, 0, 0};
+    DynConstraintBodySetPosition(rope, 0, end);
+    DyncFriction& friction = rope->bclH.friction[0];
+    friction.mEnabled = 1, friction.mMaxForce = 3;
+    DynConstraintEnable(rope);
+    const KitVector3 push = {2, 0, 0};
+    for (const bool taut : {false, true}) {
+        DynDistanceSetDistance(rope, taut ? 0.5 : 2);
+        DynBodyAddForce(body, push);
+        step();
+        EXPECT_EQ(DynConstraintGetEquationForce(rope, 0) < 0, taut);
+        EXPECT_EQ(DynConstraintGetEquationForce(rope, 0) == 0, !taut);
+        EXPECT_NE(DynConstraintGetFrictionForce(rope, 0), 0);
+    }
 }
 
 // A cone of 0.3 rad about the axis, and one that opens around the opposite axis.

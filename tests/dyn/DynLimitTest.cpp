@@ -244,6 +244,11 @@ TEST_F(KinematicTest, ForceIsSplitBetweenControlAndStop) {
     }
     limit->lastStepRow = 3; // not there in the last step
     EXPECT_EQ(DynConstraintGetLimitForce(joint, limit), 0);
+    limit->lastStepRow = 2;
+    limit->overshoot = 1;
+    limit->currentLimitState = kDynLimitExceeded;
+    DynLimitSetControl(limit, kLock); // has no row yet
+    EXPECT_EQ(DynConstraintGetLimitForce(joint, limit), 0);
 }
 
 } // namespace

@@ -498,6 +498,34 @@ TEST_F(DynWorldStepTest, BodyForcesActBetweenPartitioningAndPacking) {
     EXPECT_NEAR(body->kiroBody.vel[0], 1.5, 1e-12);
 }
 
+// A load that was there before waits; what the force adds in each step does not pile up.
+TEST_F(DynWorldStepTest, BodyForceOnASleepingBodyIsDropped) {
+    DynBody *sleeper = t.addBody(), *wall = t.addKinematic(), *awake = t.addBody();
+    DynBodyForce* force = DynBodyForceCreate(t.world);
+    DynBodyForceSetBodies(force, sleeper, wall, awake);
+    DynBodyForceConfig config;
+    config.update = [](DynBodyForce* f) {
+        const KitVector3 push = {3, 0, 0};
+        for (int i = 0; i < 3; ++i) {
+            DynBodyAddForce(DynBodyForceGetBody(f, i), push);
+            DynBodyAddImpulse(DynBodyForceGetBody(f, i), push);
+        }
+    };
+    DynBodyForceSetConfig(force, config);
+    DynBodyForceEnable(force);
+    DynBodyDisable(sleeper);
+    const KitVector3 waiting = {0, 2, 0};
+    DynBodyAddForce(sleeper, waiting);
+    for (int i = 0; i < 4; ++i)
+        t.step(0.5);
+    EXPECT_NEAR(awake->kiroBody.vel[0], 4 * (1.5 + 3), 1e-12);
+    EXPECT_EQ(wall->kiroBody.force[0], 0);
+    DynBodyEnable(sleeper);
+    t.step(0.5);
+    EXPECT_NEAR(sleeper->kiroBody.vel[0], 1.5 + 3, 1e-12);
+    EXPECT_NEAR(sleeper->kiroBody.vel[1], 1, 1e-12);
+}
+
 TEST_F(DynWorldStepTest, BodyThatABodyForcePutsToSleepStaysAsleep) {
     setGravity(10);
     DynBody *body = t.addBody(), *other = t.addBody();

@@ -98,6 +98,21 @@ TEST_F(CoordinateTest, LockBeyondAStopGivesTwoRows) {
     EXPECT_EQ(limit().currentLimitState, kDynLimitExceeded);
 }
 
+// A control that has no row of its own lets the coordinate go, but not through its stops.
+TEST_F(CoordinateTest, OtherControlIsFreeBetweenItsStops) {
+    limit().currentLimitState = kDynLimitActive;
+    limit().currentControlState = kDynConstraintControlControllerActive;
+    limit().limit[0].stop = -0.5;
+    limit().limit[1].stop = 0.5;
+    turn(0.25);
+    EXPECT_EQ(rows(), 5);
+    turn(0.5);
+    ASSERT_EQ(rows(), 6);
+    EXPECT_EQ(f.rows->upper[5], 0);
+    limit().currentLimitState = kDynLimitInactive;
+    EXPECT_EQ(rows(), 5);
+}
+
 TEST_F(CoordinateTest, MotorSlowsDownBeforeAStopAndNeverTurnsBack) {
     limit().currentLimitState = kDynLimitActive;
     limit().currentControlState = kDynConstraintControlMotorActive;
@@ -123,9 +138,12 @@ TEST_F(CoordinateTest, MotorSlowsDownBeforeAStopAndNeverTurnsBack) {
     EXPECT_EQ(f.rows->v0[5], 3);
     EXPECT_EQ(f.rows->lower[5], -5);
     limit().currentControlState = kDynConstraintControlFree;
-    rows();
-    EXPECT_EQ(f.rows->lower[5], 0);
-    EXPECT_EQ(f.rows->upper[5], 0);
+    for (const double compliance : {kKitInfinity, -1.0}) {
+        limit().limit[1].compliance = compliance;
+        rows();
+        EXPECT_EQ(f.rows->lower[5], 0);
+        EXPECT_EQ(f.rows->upper[5], 0);
+    }
 }
 
 TEST_F(CoordinateTest, MotorTurnsIntoALockWhenItPassesTheTarget) {

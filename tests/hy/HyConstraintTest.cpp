@@ -122,6 +122,32 @@ TEST_F(HyConstraintTest, ControlNeedsForceAndTellsChanges) {
     EXPECT_TRUE(hinge.isMotorized(0));
 }
 
+// Nobody follows a free coordinate; a motor that stops at its target must not take the way that the
+// part went meanwhile for its own.
+TEST_F(HyConstraintTest, ControlBeginsAtThePresentPosition) {
+    HyPart& part = addPart();
+    HyHinge& hinge = addHinge(&part, nullptr);
+    step();
+    part.setOrientationQuaternion(HyQuaternion(std::cos(0.5), 0, 0, std::sin(0.5)));
+    hinge.setLockPosition(0, 0.5);
+    hinge.setMotorParameters(0, 0.6, kLargest, 0);
+    hinge.setMotorStopAtLock(0, true);
+    hinge.setControl(0, HyConstraint::kControlMotorized);
+    step(10);
+    EXPECT_TRUE(hinge.isMotorized(0));
+    EXPECT_NEAR(part.getAngularVelocity()[2], 0.6, 1e-6);
+
+    hinge.setControl(0, HyConstraint::kControlFree);
+    hinge.setLimitsActive(0, true);
+    step();
+    const HyReal position = hinge.getCoordinateCurrentPosition(0);
+    hinge.resetDynamics();
+    EXPECT_NEAR(hinge.getCoordinateCurrentPosition(0), position + 0.6 / 60, 1e-6);
+    hinge.lockAll(true);
+    part.setOrientationQuaternion(HyQuaternion(1, 0, 0, 0));
+    EXPECT_NEAR(hinge.getCoordinateCurrentPosition(0), 0, 1e-9) << "the lock measures no angle";
+}
+
 TEST_F(HyConstraintTest, BadCallsAreToldAndChangeNothing) {
     HyHinge& hinge = addHinge(&addPart(), nullptr);
     const std::pair<std::function<void()>, const char*> calls[] = {
@@ -633,6 +659,13 @@ TEST_F(HyConstraintTest, GenericRowsHaveStrengthAngleAndRoom) {
             f.setStrength(2, 0.5);
             EXPECT_NEAR(f.xepsilon[2], 30, 1e-12);
             f.setStrength(16, 1);
+            rows->mRowAdded = 0; // what has an index out of range adds nothing
+            EXPECT_EQ(rows->addSphericalConstraint(2) + rows->addDot1Constraint(3, 0) +
+                          rows->addDot2Constraint(HyVector3(1, 0, 0), -1) +
+                          rows->addLinePointDistanceConstraint(0, 2, 0, 1),
+                      0);
+            EXPECT_EQ(rows->getLinearPosition(2, 0) + rows->getAngularPosition(0, 3, 0), 0);
+            rows->mRowAdded = 4;
             angle = rows->getAngularPosition(0, 0, 10);
             distance = rows->getLinearPosition(0, 1);
             ++updates;
@@ -652,7 +685,15 @@ TEST_F(HyConstraintTest, GenericRowsHaveStrengthAngleAndRoom) {
     EXPECT_EQ(probe.updates, 1);
     EXPECT_NEAR(probe.angle, turn + 4 * std::numbers::pi, 1e-12);
     EXPECT_NEAR(probe.time, 1.0 / 60, 1e-15);
-    EXPECT_TRUE(warned("setStrength: invalid row index\n"));
+    std::string told;
+    for (const std::string& warning : warnings())
+        told += warning;
+    for (const char* text :
+         {"setStrength: invalid row index\n",
+          "addSphericalConstraint: the reference must be -1 to 1", "addDot1Constraint: the axis",
+          "addDot2Constraint: the part", "addLinePointDistanceConstraint: the part",
+          "getLinearPosition", "getAngularPosition"})
+        EXPECT_NE(told.find(text), std::string::npos) << text;
     EXPECT_EQ(probe.addConstraintEquationDefinition("Mine"), 0);
     EXPECT_EQ(probe.addConstraintEquationDefinition(nullptr), -1);
     universe->destroyConstraint(&probe);

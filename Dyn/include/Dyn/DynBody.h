@@ -35,14 +35,6 @@ struct DynGraphNodeData {
     int special_add = 0;
 };
 
-/// A constraint's place in the list of one of its bodies.
-struct KitCListNode {
-    DynBaseConstraint* constraint;
-    int slot; ///< the body slot of the constraint that this node stands for
-    KitCListNode* next;
-    KitCListNode** tome; ///< address of the pointer to this node
-};
-
 /// Values of DynBody::stateFlags; 0 is a dynamic body.
 enum DynBodyState : unsigned {
     kDynBodyFrozen = 1,
@@ -70,8 +62,8 @@ struct DynBody {
     KitReal mass;                             ///< kg
     DynBody* enabledNext;
     DynBody** enabledTome;
-    DynBody* rootParent; ///< merge root, itself if not merged
-    KitCListNode* constraintList;
+    DynBody* rootParent;          ///< merge root, itself if not merged
+    KitCListNode* constraintList; ///< slots of enabled constraints
     DynAutoDisableParams autoDisableParams;
     DynGraphNodeData node_data;
     int enabledTime;     ///< -1 disabled; otherwise steps since enabled
@@ -87,7 +79,8 @@ struct DynBody {
     DynWorld* world;
     DynBody* next;
     DynBody** tome;
-    Hy::HyPart* mPart; ///< back reference, may be null
+    KitCListNode* holders; ///< slots of all constraints that hold it, enabled or not
+    Hy::HyPart* mPart;     ///< back reference, may be null
     DynFrictionDirectionCB frictionDirectionCB;
     void* frictionDirectionCBData;
     KitReal safeTime;                   ///< s

@@ -20,7 +20,7 @@ struct DynBodyForceConfig {
 };
 
 /// An object that adds load to bodies in each step of its world. `update` runs after partitioning
-/// and before packing: load on a sleeping body waits until something wakes it.
+/// and before packing. What it adds, in a step, to a body of its list that sleeps is dropped.
 struct DynBodyForce : DynBodyForceConfig {
     static constexpr int kDefaultBodies = 3;
 

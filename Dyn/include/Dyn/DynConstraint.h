@@ -162,6 +162,9 @@ HY_API void DynConstraintGetTorque(const DynBaseConstraint* constraint, int slot
 [[nodiscard]] HY_API const KitReal* DynConstraintGetLambda(const DynBaseConstraint* constraint);
 /// Multiplier of a row, N or N m; 0 for a row that was not there.
 [[nodiscard]] HY_API KitReal DynConstraintGetRowForce(const DynBaseConstraint* constraint, int row);
+/// Multiplier of an equation; 0 if friction had its row, or the lock of the whole joint.
+[[nodiscard]] HY_API KitReal DynConstraintGetEquationForce(const DynBaseConstraint* constraint,
+                                                           int row);
 /// Force along a coordinate from motor, lock and stops.
 [[nodiscard]] HY_API KitReal DynConstraintGetLimitForce(const DynBaseConstraint* constraint,
                                                         const DyncLimit* limit);

@@ -75,6 +75,7 @@ constexpr int kDynMaxGrouping = 65535;
 /// The bodies, constraints and body forces of a universe, with the settings of their solve.
 struct DynWorld {
     DynBody* bodyHead;
+    DynBaseConstraint* constraintHead;
     DynBaseConstraint* enabledConstraintHead;
     DynBaseConstraint** kineticConstraintHead; ///< constraints that need a kinematic update
     int nKineticConstraints, maxKineticConstraints;
@@ -113,8 +114,9 @@ struct DynWorld {
 
 /// A world with room for so many bodies and constraints, each at least 1; it grows by itself.
 [[nodiscard]] HY_API DynWorld* DynWorldCreate(int maxBodies, int maxConstraints);
-/// Lets the bodies and the enabled constraints go, destroys the forces, and frees the pools with all
-/// records that were drawn from them.
+/// Lets the bodies and the constraints go, destroys the forces, and frees the pools with all records
+/// that were drawn from them. Such a record that is in no world may not hold, or be held by, one that
+/// outlives it.
 HY_API void DynWorldDestroy(DynWorld* world);
 /// Gravity and all parameters back to their defaults; the contents stay.
 HY_API void DynWorldReset(DynWorld* world);

@@ -10,7 +10,6 @@ struct DynBaseConstraint;
 struct DynBody;
 struct DynWorld;
 struct DyncConstraintParameters;
-struct KitCListNode;
 struct KitPool;
 namespace Hy {
 class HyConstraint;
@@ -69,6 +68,14 @@ struct DyncFriction {
     int mLastStepRow = -1; ///< row of the last step, -1 if there was none
 };
 
+/// A body slot of a constraint, as a place in one of the lists that the slot's body has.
+struct KitCListNode {
+    DynBaseConstraint* constraint = nullptr;
+    int slot = 0;
+    KitCListNode* next = nullptr;
+    KitCListNode** tome = nullptr; ///< address of the pointer to this node; null in no list
+};
+
 /// Links and identity of a constraint; the part of a record that the world and the partitioner use.
 struct DynConstraintHeader {
     DynWorld* world;
@@ -78,9 +85,10 @@ struct DynConstraintHeader {
     KitCListNode* cNode[kDynsMaxConstraintBodies]; ///< this constraint's node in each body's list
     DyncAddConstraintFn bclFunction;
     DynGraphEdgeData edge_data;
-    KitBool flag;   ///< scratch of the partitioner
-    KitBool merged; ///< all slots hold one root body
-    int weak;       ///< DynWeak
+    std::uint64_t preparedStep; ///< world step in which the partitioner met it last
+    KitBool flag;               ///< scratch of the partitioner
+    KitBool merged;             ///< all slots hold one root body
+    int weak;                   ///< DynWeak
     int iNumLimits;
     DyncLimit* limits;    ///< the coordinates, inside the record; null if there are none
     std::uint64_t serial; ///< order of creation, never repeated in a process
@@ -98,6 +106,10 @@ struct DynConstraintHeader {
     Hy::HyConstraint* mConstraint;                    ///< back link to the high layer, may be null
     KitVector4 resultForce[kDynsMaxConstraintBodies]; ///< of the last step, at the centre of mass
     KitVector4 resultTorque[kDynsMaxConstraintBodies];
+    /// The slot's place among all, of enabled constraints or not, that hold its body.
+    KitCListNode hold[kDynsMaxConstraintBodies];
+    DynBaseConstraint* next; ///< in the list of all constraints of the world
+    DynBaseConstraint** tome;
 };
 
 /// What a row builder reads and what it leaves for the next step.

@@ -56,6 +56,8 @@ HY_API void DyncSetRowFactorsToSpring(DynsInputRowFactors* factors,
                                       KitReal compliance, KitReal damping, KitReal stretch,
                                       KitReal lower, KitReal upper);
 
+/// True if a motor or a lock acts on the coordinate; no other control has a row.
+[[nodiscard]] HY_API bool DyncLimitIsDriven(const DyncLimit& limit);
 /// True if the coordinate is to be looked at in this step.
 [[nodiscard]] HY_API bool DyncLimitIsActive(const DyncLimit& limit);
 /// The rows of an active linear or angular coordinate: none, one, or two where a stop is exceeded and

@@ -91,5 +91,8 @@ constexpr int kHyBaseUserDataClassId = 1000;
 constexpr int kConstraintPartAttachmentClassId = 1001;
 constexpr int kConstraintEquationClassId = 1002;
 constexpr int kConstraintCoordinateClassId = 1003;
+constexpr int kHyMaterialBaseClassId = 1004;
+constexpr int kHyMaterialClassId = 1005;
+constexpr int kHyContactMaterialClassId = 1006;
 
 } // namespace Hy

@@ -235,7 +235,7 @@ public:
     [[nodiscard]] bool getRelaxationEnabled(int e) const;
     void setRelaxationMinMaxForce(int e, HyReal minForce, HyReal maxForce);
     void getRelaxationMinMaxForce(int e, HyReal& minForce, HyReal& maxForce) const;
-    /// In the last step.
+    /// In the last step; 0 for an equation that had no row, and while the whole joint is locked.
     [[nodiscard]] HyReal getConstraintEquationForce(int e) const;
     /// In the order of their rows.
     [[nodiscard]] const HyArray<ConstraintEquation*>& getConstraintEquations() const {
@@ -332,6 +332,7 @@ private:
     [[nodiscard]] const ConstraintEquation* findEquation(int e) const;
     [[nodiscard]] DyncLimit* silentCoordinateAt(int i) const;
     [[nodiscard]] bool mayAct() const;
+    [[nodiscard]] bool measuresCoordinates() const;
     [[nodiscard]] bool tracksPosition(const DyncLimit& limit) const;
     void wakePartsIf(bool inUse) const;
     void noteVelocity(HyReal velocity);

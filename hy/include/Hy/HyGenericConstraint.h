@@ -29,7 +29,8 @@ public:
     };
 
     /// What update() works with. Each add operation answers the number of rows that it has added, 0
-    /// with a warning where there is no room.
+    /// with a warning where there is no room or an index is out of range. Readers of attachments and
+    /// of the Jacobian take what is: parts 0 to 5, axes 0 to 2, rows 0 to 15.
     struct HY_API ConstraintInternal {
         int mPartCount;
         int mMaxRowCount;

@@ -1,22 +1,29 @@
 #pragma once
 #include <Hy/HyCallbackList.h>
 #include <Hy/HyEnabledListIterator.h>
-#include <Hy/SortedVector.h>
+#include <Hy/HySafeWalk.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
 
 #include <memory>
+#include <vector>
 
 struct DynBaseConstraint;
 struct DynBody;
 struct DynWorld;
 
 namespace Hy {
+class HyCollisionRule;
+class HyCollisionRuleStore;
 class HyConstraint;
+class HyContactMaterial;
+class HyDynamicsContact;
+class HyMaterial;
 class HyMaterialTable;
 class HyPart;
 class HySolverParameters;
 class HyUniverseObserver;
+class HyUserContacts;
 struct HySavedCoordinates;
 class HyUniverseState;
 
@@ -27,8 +34,8 @@ class HyUniverseState;
 /// while it is stepping: such a call is warned of and carried out.
 class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
-    using Parts = SortedVector<HyPart*, HyCreationOrder>;
-    using Constraints = SortedVector<HyConstraint*, HyCreationOrder>;
+    using Parts = HyWalkedObjects<HyPart>;
+    using Constraints = HyWalkedObjects<HyConstraint>;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
@@ -65,7 +72,7 @@ public:
     /// A universe with earth's gravity and auto-sleep on.
     /// @param maxCollisionGeometries capacity, raised to an even number
     /// @param maxCollisionPairs capacity
-    /// @param materialTable null; the argument keeps the place of a shared table of materials
+    /// @param materialTable not owned; null: the universe makes a table of its own
     HyUniverse(unsigned maxCollisionGeometries, unsigned maxCollisionPairs,
                HyMaterialTable* materialTable);
     /// Tells the observers, then destroys all contents.
@@ -107,6 +114,54 @@ public:
     /// Visits the constraints that act. Elements may be removed, disabled or destroyed on the way.
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsBegin();
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsEnd();
+
+    // Materials.
+
+    [[nodiscard]] HyMaterialTable* getMaterialTable() const { return mMaterialTable; }
+    /// Takes another table, which is not owned and stays valid; a table of the universe's own goes.
+    /// Null: a warning, nothing changes.
+    void setMaterialTable(HyMaterialTable* table);
+    /// HyMaterialTable::getMaterial() of the table.
+    [[nodiscard]] HyMaterial* getMaterial(const char* name) const;
+    /// HyMaterialTable::getContactMaterial() of the table.
+    [[nodiscard]] HyContactMaterial* getContactMaterial(const HyMaterial* material1,
+                                                        const HyMaterial* material2) const;
+    /// HyMaterialTable::dump() of the table.
+    void dumpMaterialPropertyTable(const char* filename) const;
+
+    // Collision rules, see HyCollisionRule. Those that name an object go with it.
+
+    /// Takes a copy of a rule, whose objects are alive, and answers the ID that it gave it: the first
+    /// is 1.
+    unsigned addCollisionRule(const HyCollisionRule& rule);
+    std::vector<unsigned> addCollisionRules(const std::vector<HyCollisionRule>& rules);
+    /// Removes the rule of an ID; nothing if there is none.
+    void removeCollisionRule(unsigned id);
+    void removeCollisionRules(const std::vector<unsigned>& ids);
+    /// Removes all rules.
+    void removeCollisionRules();
+    /// In the order of HyCollisionRule::operator<, equivalent ones in the order of adding.
+    [[nodiscard]] const std::vector<HyCollisionRule>& getCollisionRules() const;
+
+    // Contacts that the application makes. One acts through one step, and is then disabled until
+    // HyDynamicsContact::enableContact() lets it act through the next.
+
+    /// An enabled contact, owned by the universe. It has surface 0: give a compliant one its share.
+    /// @param part1,part2 null stands for the world; one of them must be a dynamic part that is not
+    ///   frozen, and none in another universe. Otherwise a warning, and null
+    /// @param contactMaterial is copied; null: that of the default material with itself
+    /// @param position,normal world axes; the normal points towards part 1. Not finite, or a normal of
+    ///   zero: a warning, and null
+    /// @param penetration m
+    HyDynamicsContact* createUserDynamicsContact(HyPart* part1, HyPart* part2,
+                                                 const HyContactMaterial* contactMaterial,
+                                                 const HyVector3& position, const HyVector3& normal,
+                                                 HyReal penetration);
+    /// Nothing for a contact that is not here. In the middle of a solve: a warning, and it stays.
+    void deleteUserDynamicsContact(HyDynamicsContact* contact);
+    void deleteAllUserDynamicsContacts();
+    /// In the order of making.
+    [[nodiscard]] const HyArray<HyDynamicsContact*>& getUserDynamicsContacts() const;
 
     // Observers and subscribers; not owned.
 
@@ -286,10 +341,15 @@ private:
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
+    std::unique_ptr<HyCollisionRuleStore> mCollisionRules;
+    std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
+    HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
+    std::unique_ptr<HyUserContacts> mUserContacts;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;
+    unsigned mCollisionRulesNextID;
     int mGlobalCouplingSolverGroup = -1;
     bool mStepping = false;
 };
