@@ -44,33 +44,14 @@ void SolvePartitionWorkUnit::run(StepperData& data, int index) {
     data.solveAlone(index);
 }
 
-namespace {
-
-bool isChosen(const StepperData& data, PartitionChoice choice) {
-    switch (choice) {
-    case PartitionChoice::kUnshared:
-        return !data.isShared;
-    case PartitionChoice::kActive:
-        return !data.isShared && data.isActive();
-    default:
-        return true;
-    }
-}
-
-} // namespace
-
 void fillWorkUnit(BasePartitionWorkUnit& unit, StepperData* const* steppers, int& index, int end,
                   PartitionChoice choice) {
     int i = index;
     for (; i < end; ++i) {
         StepperData* data = steppers[i];
-<<<<<<< HEAD
-        if (!isChosen(*data, choice))
-=======
         if (choice != PartitionChoice::kAll && data->usesAllThreads)
             continue;
         if (choice == PartitionChoice::kActiveShared && !data->isActive())
->>>>>>> main
             continue;
         if (!unit.accepts(*data))
             break;

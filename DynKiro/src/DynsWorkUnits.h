@@ -48,21 +48,12 @@ class SolvePartitionWorkUnit final : public BasePartitionWorkUnit {
 
 enum class PartitionChoice {
     kAll,
-<<<<<<< HEAD
-    kUnshared, ///< those that one thread solves alone
-    kActive,   ///< of these the ones that have passes to go
-};
-
-/// Takes partitions from steppers[index] on into the unit: a large one alone, small ones together,
-/// and only those chosen. Leaves index on the last one taken or passed over.
-=======
     kShared,       ///< those that one thread solves
     kActiveShared, ///< of these, those that take another pass
 };
 
 /// Takes partitions from steppers[index] on into the unit: a large one alone, small ones together,
 /// and of these only the chosen ones. Leaves index on the last one taken or passed over.
->>>>>>> main
 void fillWorkUnit(BasePartitionWorkUnit& unit, StepperData* const* steppers, int& index, int end,
                   PartitionChoice choice);
 

@@ -42,42 +42,6 @@ void InternalConstraintFrames::step(bool finalSlice) {
     if (finalSlice && ++steps == 1)
         KitInfo(0, threaded > 0 ? "DynsStep: Using threaded version.\n"
                                 : "DynsStep: Not using threaded version.\n");
-<<<<<<< HEAD
-    for (StepperData* data : mSteppers)
-        data->chooseSolvers();
-    work(threadPool());
-}
-
-// Null if there is nothing that a second thread could do.
-KitThreadPool* InternalConstraintFrames::threadPool() const {
-    const auto canBeShared = [](const StepperData* data) { return data->canBeShared(); };
-    const bool useThreads =
-        threaded > 0 && host.threadPool &&
-        (mCountPrimary > 1 || std::any_of(primaries().begin(), primaries().end(), canBeShared));
-    return useThreads ? host.threadPool(host.owner) : nullptr;
-}
-
-// A partition is worth all threads if one thread with it alone would be the last to end.
-void InternalConstraintFrames::shareLargest(KitThreadPool* pool) {
-    for (StepperData* data : mSteppers) {
-        data->isShared = false;
-        data->kp.thread_pool = nullptr;
-    }
-    const std::size_t threads = pool ? pool->getThreadCount() : 1;
-    if (threads < 2)
-        return;
-    const auto rowsOf = [](const StepperData* data) {
-        return static_cast<std::size_t>(DynsConstraintsGetNumRows(data->c));
-    };
-    std::size_t rows = 0;
-    for (const StepperData* data : primaries())
-        rows += rowsOf(data);
-    for (StepperData* data : primaries())
-        if (data->canBeShared() && rowsOf(data) * threads > rows) {
-            data->isShared = true;
-            data->kp.thread_pool = pool;
-        }
-=======
     work(poolForSlice());
 }
 
@@ -102,19 +66,14 @@ void InternalConstraintFrames::spreadLargePartitions(KitThreadPool* pool) {
     for (StepperData* data : primaries())
         if (const int own = data->c->n_constraint_rows; own >= kLargeRows && own * threads > rows)
             data->spreadOver(pool);
->>>>>>> main
 }
 
 void InternalConstraintFrames::work(KitThreadPool* pool) {
     if (mCountPrimary == 0)
         return;
-<<<<<<< HEAD
-    shareLargest(pool);
-=======
     for (StepperData* data : mSteppers)
         data->chooseSolvers();
     spreadLargePartitions(pool);
->>>>>>> main
     if (mCountSecondary == 0)
         solveIndependent(pool);
     else
@@ -123,23 +82,12 @@ void InternalConstraintFrames::work(KitThreadPool* pool) {
 }
 
 void InternalConstraintFrames::solveIndependent(KitThreadPool* pool) {
-<<<<<<< HEAD
-    for (int i = 0; i < mCountPrimary; ++i) {
-        StepperData* data = mSteppers[static_cast<std::size_t>(i)];
-        if (!pool || data->isShared)
-            data->solveAlone(i);
-    }
-    if (pool)
-        runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kUnshared,
-                 pool);
-=======
     for (int i = 0; i < mCountPrimary; ++i)
         if (StepperData* data = mSteppers[static_cast<std::size_t>(i)];
             !pool || data->usesAllThreads)
             data->solveAlone(i);
     if (pool)
         runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kShared, pool);
->>>>>>> main
 }
 
 // Each partition is solved with the others' forces on its bodies as loads, a fixed number of times.
@@ -188,21 +136,12 @@ void InternalConstraintFrames::passPrimaries(KitThreadPool* pool) {
         return;
     }
     for (StepperData* data : primaries())
-<<<<<<< HEAD
-        if (data->isShared && data->isActive()) {
-            data->model->pre_sync_forces();
-            data->model->get_forces();
-        }
-    runStage(pre_and_update_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kActive,
-             pool);
-=======
         if (data->usesAllThreads && data->isActive()) {
             data->model->pre_sync_forces();
             data->model->get_forces();
         }
     runStage(pre_and_update_work_units, mSteppers.data(), mCountPrimary,
              PartitionChoice::kActiveShared, pool);
->>>>>>> main
     for (StepperData* data : primaries())
         if (data->isActive())
             data->postSync();

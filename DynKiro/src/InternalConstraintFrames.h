@@ -36,8 +36,6 @@ struct InternalConstraintFrames final : DynsConstraintFrames {
     DynsHost host;
 
 private:
-    [[nodiscard]] KitThreadPool* threadPool() const;
-    void shareLargest(KitThreadPool* pool);
     void work(KitThreadPool* pool);
     [[nodiscard]] KitThreadPool* poolForSlice() const;
     void spreadLargePartitions(KitThreadPool* pool);

@@ -50,16 +50,14 @@ void StepperData::chooseSolvers() {
     model = DynsFrameGetStepper(*kf, kp);
     linear_solver = DynsFrameGetMatrix(*kf, kp);
     lcp_solver = DynsFrameGetLcpSolver(*kf, kp);
-    ct_solver = DynsFrameGetConstraintSolver(*kf, canBeShared() ? kIterativeSolver : kp.ct_solver);
-}
-
-bool StepperData::canBeShared() const {
-    return kp.iterative_rows_threshold > 0 &&
-           DynsConstraintsGetNumRows(c) > kp.iterative_rows_threshold;
+    const bool large = kp.iterative_rows_threshold > 0 &&
+                       DynsConstraintsGetNumRows(c) > kp.iterative_rows_threshold;
+    ct_solver = DynsFrameGetConstraintSolver(*kf, large ? kIterativeSolver : kp.ct_solver);
 }
 
 void StepperData::spreadOver(KitThreadPool* pool) {
     usesAllThreads = pool != nullptr;
+    kp.thread_pool = pool;
     if (linear_solver)
         linear_solver->thread_pool = pool;
 }

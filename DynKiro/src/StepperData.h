@@ -27,8 +27,6 @@ struct StepperData {
     /// Has the solve spread over a pool; null keeps it on one thread.
     void spreadOver(KitThreadPool* pool);
 
-    /// Whether the solver that is chosen can put several threads to work.
-    [[nodiscard]] bool canBeShared() const;
     [[nodiscard]] bool isActive() const { return iteration < max_iteration; }
     void setUp(int index); ///< @param index place in the slice
     /// One pass alone: the other partitions' forces in, solved, its own forces out.
@@ -46,12 +44,7 @@ struct StepperData {
     int max_iteration = 1; ///< passes that the partition takes in this step
     int iteration = 0;     ///< passes done
     int partitionIndex = -1;
-<<<<<<< HEAD
-    /// The threads of the pool solve the partition together, one such partition after the other.
-    bool isShared = false;
-=======
     bool usesAllThreads = false; ///< in the present slice; else one thread solves it
->>>>>>> main
 
     // Chosen for the present slice.
     WorldStepper* model = nullptr;
