@@ -76,6 +76,19 @@ void DynsBlockSweeps::startFromZero() {
     std::fill(c.lambda, c.lambda + c.n_constraint_rows, 0.0);
 }
 
+// Sweeps that leave the part c of an error and begin with the part s of the last lambda are a lag in the
+// loop that stabilises position. For one row and one mode of the errors, with x = h v, phi and
+// mu = h^2 (lambda - load)/m, a step does
+//   mu' = c s mu - (1 - c)(x + gamma phi),  x' = x + mu',  phi' = phi + x'.
+// By Jury's criterion the roots of (z - cs)(z - 1)^2 + (1 - c)((1 + gamma) z^2 - z) lie inside the unit
+// circle if and only if c s (1 + gamma) < 1, so that s = 1/(1 + gamma) is the most that is stable
+// however few the sweeps; all of lambda makes a long chain diverge.
+void DynsBlockSweeps::startFromGiven() {
+    mIsWarm = true;
+    for (int i = 0; i < c.n_constraint_rows; ++i)
+        c.lambda[i] /= 1 + std::max(c.xgamma[i], 0.0);
+}
+
 void DynsBlockSweeps::solve(const DynsSweepLimits& limits, DynsStageTeam& team,
                             KitThreadPool* threads) {
     mLimits = limits;
@@ -146,6 +159,6 @@ void DynsBlockSweeps::runChunk(int chunk) {
         }
         if (!mAreBlocksBuilt)
             DynsSweepBlockBuild(block, c, block.constraint, block.data);
-        DynsSweepBlockLoad(block, c, mIsWarm, mSums);
+        DynsSweepBlockLoad(block, c, mIsWarm && !mAreBlocksBuilt, mSums);
     }
 }

@@ -30,9 +30,9 @@ public:
 
     /// Forgets lambda.
     void startFromZero();
-    /// Each solve begins with the given lambda brought inside its bounds, with those of friction rows
-    /// that follow the given normal forces.
-    void startFromGiven() { mIsWarm = true; }
+    /// The first solve begins with the given lambda, that of the last step, each divided by 1 + xgamma
+    /// and brought inside its bounds, with those of friction rows that follow the given normal forces.
+    void startFromGiven();
     /// Sweeps from the present lambda, for the present rhs and bounds. Friction bounds follow the
     /// normal force of the same constraint. Every lambda stays finite and inside its bounds.
     ///

@@ -302,6 +302,10 @@ TEST_F(BlockSweepsTest, WarmStartGoesOnFromTheGivenForces) {
     frame.p.iterative_warm_start = 1;
     EXPECT_LT((run(five, 2) - seven).norm(), 1e-9 * seven.norm());
     EXPECT_LT((run(0.9 * solution, 10) - solution).norm(), 0.5 * (run(none, 10) - solution).norm());
+    const Eigen::VectorXd whole = run(five, 2);
+    std::fill_n(c.xgamma, c.n_constraint_rows, 0.25);
+    EXPECT_LT((run(1.25 * five, 2) - whole).norm(), 1e-12 * whole.norm());
+    std::fill_n(c.xgamma, c.n_constraint_rows, 0.0);
     Eigen::VectorXd wild = Eigen::VectorXd::Constant(c.n_constraint_rows, -1e12);
     wild[4] = std::numeric_limits<double>::quiet_NaN();
     EXPECT_EQ(run(wild, 1), run(none, 1));

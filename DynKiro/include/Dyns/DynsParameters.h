@@ -67,8 +67,8 @@ struct DynsParameters {
     /// A partition with more rows is given to the iterative solver, which sweeps it by colours; 0
     /// never.
     int iterative_rows_threshold = 0;
-    /// The iterative solver begins with the lambda that the rows are given, as far as their bounds
-    /// allow, and not with none. Off by default.
+    /// The iterative solver begins with the part 1/(1 + xgamma) of the lambda that the rows are given,
+    /// that of the last step, as far as their bounds allow, and not with none. Off by default.
     KitBool iterative_warm_start = 0;
     KitThreadPool* thread_pool = nullptr; ///< threads that may share the solve, not owned
 };

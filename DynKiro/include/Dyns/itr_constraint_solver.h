@@ -7,7 +7,7 @@
 /// whole system. Takes up to it_ct_solver_max_it + 1 sweeps and ends earlier when the residual, or its
 /// relative change, falls below it_ct_solver_tol; a tolerance not above 0 measures nothing. A further
 /// solve on the same rows goes on from the last forces. The first begins with none, or, with
-/// iterative_warm_start, with the lambda that the rows were given.
+/// iterative_warm_start, with as much as is stable of the lambda that the rows were given.
 ///
 /// A partition of up to iterative_rows_threshold rows, and any without a threshold, is swept in the
 /// order of its rows; the residual is measured after each sweep, without softness, and the first

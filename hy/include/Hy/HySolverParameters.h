@@ -45,8 +45,9 @@ public:
     /// one; 0, as at the start: none are.
     void setIterativeSolverRowThreshold(int rows);
     [[nodiscard]] int getIterativeSolverRowThreshold() const;
-    /// The iterative solver begins with the forces of the last step, so that a heap at rest needs few
-    /// sweeps; without, with none. Off at the start.
+    /// The iterative solver begins with most of the forces of the last step, with as much as is stable
+    /// however few the sweeps, so that a heap at rest needs few of them; without, with none. Off at the
+    /// start.
     void setIterativeSolverWarmStart(bool on);
     [[nodiscard]] bool getIterativeSolverWarmStart() const;
     /// Adds the geometric stiffness of last step's joint forces to the parts' effective inertia, which
