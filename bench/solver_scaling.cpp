@@ -3,6 +3,7 @@
 #include <Dyns/Dyns.h>
 #include <Kit/KitMemory.h>
 #include <Kit/KitMemoryPool.h>
+#include <Kit/KitThreadPool.h>
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -90,6 +91,8 @@ public:
         // All boxes fall alike: only the lowest approach what they stand on.
         const bool onGround = c->constraint_n_blocks[c->n_constraints - 1] == 1;
         c->rhs[first] = (onGround ? 9.8 : 0) + 0.01 * (first % 11);
+        for (int k = 0; k < 3; ++k)
+            c->xepsilon[first + k] = 1e-3;
         for (int k = 1; k < 3; ++k) {
             c->lower[first + k] = c->upper[first + k] = 0;
             c->rhs[first + k] = 0.2 * ((first + k) % 5 - 2);
@@ -193,34 +196,49 @@ double relativeResidual(bvbCholRRT& matrix, const DynsConstraints& c, const KitR
     return std::sqrt(error / size);
 }
 
+enum class Start {
+    kAgain,    ///< the graph of the last step, as in steady motion
+    kNewGraph, ///< another graph than the last step's
+    kFirst,    ///< a solver that has done nothing yet and has no memory
+};
+
 /// One step's work: matrix, factor, one solution.
-void solveEquations(benchmark::State& state, const Mechanism& m, bool newGraph) {
-    auto matrix = std::make_unique<bvbCholRRT>();
-    bvbCholRRT* const used = matrix.get();
+void solveEquations(benchmark::State& state, const Mechanism& m, Start start,
+                    KitThreadPool* pool = nullptr) {
     const auto other = makeChain(3);
     std::vector<KitReal> x(static_cast<std::size_t>(m.c->n_constraint_rows) + 4);
-    const auto step = [&] {
-        used->allocate(m.c->n_constraint_rows);
-        used->calcJinvMJT(m.c);
-        used->factorize();
-        std::copy(m.c->rhs, m.c->rhs + used->n, x.begin());
-        used->solve(x.data(), 1);
+    std::unique_ptr<bvbCholRRT> matrix;
+    const auto create = [&] {
+        matrix = std::make_unique<bvbCholRRT>();
+        matrix->thread_pool = pool;
     };
+    const auto setUp = [&](DynsConstraints* c) {
+        matrix->allocate(c->n_constraint_rows);
+        matrix->calcJinvMJT(c);
+        matrix->factorize();
+    };
+    const auto step = [&] {
+        setUp(m.c);
+        std::copy(m.c->rhs, m.c->rhs + matrix->n, x.begin());
+        matrix->solve(x.data(), 1);
+    };
+    create();
     step();
     for (auto _ : state) {
-        if (newGraph) {
+        if (start != Start::kAgain) {
             state.PauseTiming();
-            used->allocate(other->c->n_constraint_rows);
-            used->calcJinvMJT(other->c);
+            if (start == Start::kFirst)
+                create();
+            else
+                setUp(other->c);
             state.ResumeTiming();
         }
         step();
     }
-    state.counters["rows"] = used->n;
-    state.counters["residual"] = relativeResidual(*used, *m.c, x.data());
-    used->allocate(used->n);
-    used->calcJinvMJT(m.c);
-    state.counters["GFlop/s"] = benchmark::Counter(used->pendingFactorFlops() * 1e-9,
+    state.counters["rows"] = matrix->n;
+    state.counters["residual"] = relativeResidual(*matrix, *m.c, x.data());
+    setUp(m.c);
+    state.counters["GFlop/s"] = benchmark::Counter(matrix->pendingFactorFlops() * 1e-9,
                                                    benchmark::Counter::kIsIterationInvariantRate);
 }
 
@@ -245,34 +263,50 @@ void solveContacts(benchmark::State& state, const Mechanism& m) {
         passes = solve_lcp_system(&matrix, m.c, &parameters, cycle_detect_lcp_solver);
     }
     state.counters["rows"] = n;
-    state.counters["passes"] = passes;
+    state.counters["passes"] = passes; // negative where sweeps had to end the solve
+    state.counters["time_per_pass"] =
+        benchmark::Counter(std::abs(passes), benchmark::Counter::kIsIterationInvariantRate |
+                                                 benchmark::Counter::kInvert);
     DynsFrameDestroy(&parameters);
 }
 
 void chain(benchmark::State& state) {
-    solveEquations(state, *makeChain(static_cast<int>(state.range(0))), false);
+    solveEquations(state, *makeChain(static_cast<int>(state.range(0))), Start::kAgain);
 }
 void tree(benchmark::State& state) {
-    solveEquations(state, *makeTree(static_cast<int>(state.range(0))), false);
+    solveEquations(state, *makeTree(static_cast<int>(state.range(0))), Start::kAgain);
 }
 void net(benchmark::State& state) {
-    solveEquations(state, *makeNet(static_cast<int>(state.range(0))), false);
+    solveEquations(state, *makeNet(static_cast<int>(state.range(0))), Start::kAgain);
+}
+void netOnTwoThreads(benchmark::State& state) {
+    KitThreadPool pool(2);
+    solveEquations(state, *makeNet(static_cast<int>(state.range(0))), Start::kAgain, &pool);
 }
 void netNewGraph(benchmark::State& state) {
-    solveEquations(state, *makeNet(static_cast<int>(state.range(0))), true);
+    solveEquations(state, *makeNet(static_cast<int>(state.range(0))), Start::kNewGraph);
+}
+void netFirstStep(benchmark::State& state) {
+    solveEquations(state, *makeNet(static_cast<int>(state.range(0))), Start::kFirst);
 }
 void wall(benchmark::State& state) {
     solveContacts(state, *makeWall(static_cast<int>(state.range(0))));
 }
 /// Ten links of 1 kg and a load; residual is |A x - b| / |b|.
 void massRatio(benchmark::State& state) {
-    solveEquations(state, *makeChain(11, static_cast<double>(state.range(0))), false);
+    solveEquations(state, *makeChain(11, static_cast<double>(state.range(0))), Start::kAgain);
 }
 
 BENCHMARK(chain)->RangeMultiplier(10)->Range(10, 10000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(tree)->RangeMultiplier(4)->Range(15, 4095)->Unit(benchmark::kMicrosecond);
 BENCHMARK(net)->RangeMultiplier(2)->Range(4, 64)->Arg(30)->Unit(benchmark::kMicrosecond);
+BENCHMARK(netOnTwoThreads)
+    ->RangeMultiplier(2)
+    ->Range(16, 64)
+    ->Unit(benchmark::kMicrosecond)
+    ->UseRealTime();
 BENCHMARK(netNewGraph)->RangeMultiplier(2)->Range(4, 64)->Arg(30)->Unit(benchmark::kMicrosecond);
+BENCHMARK(netFirstStep)->RangeMultiplier(2)->Range(4, 64)->Arg(30)->Unit(benchmark::kMicrosecond);
 BENCHMARK(wall)->DenseRange(4, 16, 4)->Unit(benchmark::kMicrosecond);
 BENCHMARK(massRatio)->RangeMultiplier(10)->Range(1, 10000)->Unit(benchmark::kMicrosecond);
 
@@ -285,7 +319,9 @@ public:
             const auto rows = run.counters.find("rows");
             if (run.run_type == Run::RT_Iteration && rows != run.counters.end())
                 mFamilies[run.run_name.function_name].emplace_back(
-                    std::log(rows->second.value), std::log(run.GetAdjustedCPUTime()));
+                    std::log(rows->second.value),
+                    std::log(run.run_name.time_type.empty() ? run.GetAdjustedCPUTime()
+                                                            : run.GetAdjustedRealTime()));
         }
     }
     void Finalize() override {

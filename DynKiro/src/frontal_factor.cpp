@@ -19,14 +19,6 @@ std::size_t at(int i) {
     return static_cast<std::size_t>(i);
 }
 
-/// Room for entries; what was there may be lost.
-void makeRoom(KitAlignedVector<KitReal>& buffer, std::size_t entries) {
-    if (buffer.size() >= entries)
-        return;
-    buffer.clear(); // nothing to copy
-    buffer.resize(entries + entries / 4);
-}
-
 } // namespace
 
 /// Calls body(first, end) for strips of the range; all but the last end at multiples of kStrip.
@@ -238,8 +230,8 @@ void DynsFrontalFactor::factor(const DynsConstraints& c, const DynsConstraintGra
     for (int k = 0; k < c.n_constraints; ++k)
         std::fill_n(mConstraintOf.begin() + c.constraint_first_block[k], c.constraint_n_blocks[k],
                     k);
-    makeRoom(mL, mPlan.entries());
-    makeRoom(mUpdates, mPlan.updateEntries());
+    mL.makeRoom(mPlan.entries());
+    mUpdates.makeRoom(mPlan.updateEntries());
     mInverseDiagonal.resize(mPlan.pivots() + 1);
     if (mScratch.size() < at(mPlan.width()))
         mScratch.resize(at(mPlan.width()));

@@ -2,6 +2,7 @@
 #include "dense_kernels.h"
 #include "factor_plan.h"
 #include "parallel_for.h"
+#include "raw_buffer.h"
 
 #include <Kit/KitAlignedVector.h>
 #include <Kit/KitTypes.h>
@@ -85,7 +86,8 @@ private:
     const DynsConstraintGraph* mGraph = nullptr;
     const DynsEliminationTree* mTree = nullptr;
     DynsFactorPlan mPlan;
-    KitAlignedVector<KitReal> mL, mInverseDiagonal, mUpdates;
+    DynsRawBuffer mL, mUpdates;
+    KitAlignedVector<KitReal> mInverseDiagonal;
     KitAlignedVector<int> mConstraintOf; ///< block: its constraint
     std::vector<Scratch> mScratch;       ///< slot of a round
     std::vector<Sides> mSides;           ///< group of right-hand sides

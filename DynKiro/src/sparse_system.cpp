@@ -13,6 +13,8 @@ namespace {
 constexpr int kHubRows = 36;
 /// Part of the work that the bodies with many rows must make, before an order with hubs is tried.
 constexpr double kHubShare = 0.25;
+/// Work of a body's rows from which hubs are tried first: some 100 contacts.
+constexpr double kLargeHubWork = 1e7;
 /// An order with hubs must save so much, as each of its solutions is solved twice and more.
 constexpr double kHubGain = 2;
 
@@ -42,12 +44,13 @@ void DynsSparseSystem::setUp(const DynsConstraints& c, KitThreadPool* pool) {
         base.factor.forget();
         base.lastUse = 0;
     }
-    if (!mPlain.graph.update(c))
-        return;
-    mPlain.tree.build(mPlain.graph);
-    mPlain.cost = DynsFactorPlan::cost(mPlain.tree, mPlain.graph.rows);
-    chooseHubs();
-    forgetStructure();
+    if (mPlain.graph.update(c)) {
+        chooseOrder();
+        forgetStructure();
+    } else if (mUsesHubs != mHubsPay) {
+        mUsesHubs = mHubsPay; // what a step has given up, the next one tries: no step knows another
+        forgetStructure();
+    }
 }
 
 void DynsSparseSystem::forgetStructure() {
@@ -58,11 +61,25 @@ void DynsSparseSystem::forgetStructure() {
 
 void DynsSparseSystem::giveUpHubs() {
     mUsesHubs = false;
+    if (!mPlainStands)
+        buildPlain();
     forgetStructure();
 }
 
-void DynsSparseSystem::chooseHubs() {
-    mUsesHubs = false;
+void DynsSparseSystem::buildPlain() {
+    mPlain.tree.build(mPlain.graph);
+    mPlain.cost = DynsFactorPlan::cost(mPlain.tree, mPlain.graph.rows);
+    mPlainStands = true;
+}
+
+void DynsSparseSystem::buildWithHubs() {
+    mWithHubs.graph.augment(mPlain.graph, mHubs);
+    mWithHubs.tree.build(mWithHubs.graph);
+    mWithHubs.cost = DynsFactorPlan::cost(mWithHubs.tree, mWithHubs.graph.rows);
+}
+
+/// Lists the bodies that may be hubs; answers the rows of the largest and the work of all.
+DynsSparseSystem::HubWork DynsSparseSystem::listHubs() {
     const DynsConstraintGraph& graph = mPlain.graph;
     mBodyRows.assign(static_cast<std::size_t>(graph.bodyCount), 0);
     for (int v = 0; v < graph.size(); ++v)
@@ -71,18 +88,33 @@ void DynsSparseSystem::chooseHubs() {
             mBodyRows[static_cast<std::size_t>(graph.bodies[static_cast<std::size_t>(i)])] +=
                 graph.rows[static_cast<std::size_t>(v)];
     mHubs.clear();
-    double work = 0;
+    HubWork work;
     for (std::size_t body = 0; body < mBodyRows.size(); ++body)
         if (const double rows = mBodyRows[body]; rows >= kHubRows) {
             mHubs.push_back(static_cast<int>(body));
-            work += rows * rows * rows / 3;
+            work.all += rows * rows * rows / 3;
+            work.largest = std::max(work.largest, rows * rows * rows / 3);
         }
-    if (mHubs.empty() || work < kHubShare * mPlain.cost.flops)
-        return;
-    mWithHubs.graph.augment(graph, mHubs);
-    mWithHubs.tree.build(mWithHubs.graph);
-    mWithHubs.cost = DynsFactorPlan::cost(mWithHubs.tree, mWithHubs.graph.rows);
-    mUsesHubs = kHubGain * mWithHubs.cost.flops < mPlain.cost.flops;
+    return work;
+}
+
+void DynsSparseSystem::chooseOrder() {
+    mPlainStands = mUsesHubs = mHubsPay = false;
+    const HubWork work = listHubs();
+    // Without hubs the fronts of a large one would take quadratic memory for their structure alone.
+    const bool large = work.largest >= kLargeHubWork;
+    if (large)
+        buildWithHubs();
+    mHubsPay = large && kHubGain * mWithHubs.cost.flops < work.largest;
+    if (!mHubsPay) {
+        buildPlain();
+        if (!mHubs.empty() && work.all >= kHubShare * mPlain.cost.flops) {
+            if (!large)
+                buildWithHubs();
+            mHubsPay = kHubGain * mWithHubs.cost.flops < mPlain.cost.flops;
+        }
+    }
+    mUsesHubs = mHubsPay;
 }
 
 void DynsSparseSystem::factorAll() {

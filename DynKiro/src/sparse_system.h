@@ -52,7 +52,15 @@ private:
         double flops;
     };
 
-    void chooseHubs();
+    /// Operations that the rows of possible hubs take at least, with each other.
+    struct HubWork {
+        double largest = 0, all = 0;
+    };
+
+    void chooseOrder();
+    HubWork listHubs();
+    void buildPlain();
+    void buildWithHubs();
     void giveUpHubs();
     void forgetStructure();
     [[nodiscard]] const Order& order() const { return mUsesHubs ? mWithHubs : mPlain; }
@@ -67,6 +75,8 @@ private:
     const DynsConstraints* mRows = nullptr;
     KitThreadPool* mPool = nullptr;
     Order mPlain, mWithHubs;
+    bool mPlainStands = false; ///< the order without hubs has been made
+    bool mHubsPay = false;     ///< for this graph, where they are exact enough
     bool mUsesHubs = false;
     bool mAllStands = false, mAllPlanned = false;
     DynsFrontalFactor mAll;

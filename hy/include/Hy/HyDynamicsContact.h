@@ -96,6 +96,10 @@ public:
     /// Name of the material that was copied; may be null. Not owned.
     [[nodiscard]] const char* getContactMaterialName() const;
 
+    /// The copy in its older form. Not owned: stays until the process ends, while its numbers go with
+    /// the contact.
+    [[nodiscard]] HyContactProperties* getContactProperties();
+
     // Slip.
 
     /// Whether the contact continues one of the last step.
