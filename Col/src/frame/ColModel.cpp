@@ -1,3 +1,4 @@
+#include <Col/ColCompositeModel.h>
 #include <Col/ColFrame.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
@@ -73,7 +74,14 @@ void ColModelDestroyInPool(ColModel* model, KitPool* pool) {
         ColError(gColCoreErrorList, kColErrorModelInSpace, "");
         return;
     }
-    KitPoolPutStruct(pool, model);
+    if (ColModelIsComposite(model->mParent)) {
+        ColCompositeModelRemoveElement(model->mParent, model);
+        ColCompositeModelRemoveElementHole(model->mParent, model);
+    }
+    if (ColModelIsComposite(model))
+        ColCompositeModelDestroyInPool(model, pool);
+    else
+        KitPoolPutStruct(pool, model);
 }
 
 void ColModelSetGeometry(ColModel* model, ColGeometry* geometry) {

@@ -1,3 +1,4 @@
+#include <Col/ColCompositeModel.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
 
@@ -42,6 +43,8 @@ void ColModelGetAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner) {
         return;
     }
     ColModelUpdate(model);
+    if (ColModelIsComposite(model) && model->mGlobalTM)
+        ColCompositeModelUpdateTransform(model);
     if (model->mGeometry)
         ColGeometryGetAABB(model->mGeometry, model->mGlobalTM, minCorner, maxCorner,
                            model->mBounds);
