@@ -120,7 +120,7 @@ TEST_F(ColCompositeTest, ContactsAreThoseOfTheChildren) {
         EXPECT_NEAR(contacts[0].normal[2], -1, kRounding) << "from the ball towards the child";
         EXPECT_NEAR(result.normal[2], -1, kRounding);
     }
-    ball.transform.t() = dumbbell.transform.t();
+    ball.transform.t() = dumbbell.transform.t() + lsVec3(0, 0, 1);
     EXPECT_EQ(intersect(dumbbell.model, ball.model), 0) << "between the weights";
 
     ball.transform.t() = right->mGlobalTM->t();

@@ -19,4 +19,5 @@
 #include <Col/ColRequest.h>
 #include <Col/ColScratch.h>
 #include <Col/ColSimplify.h>
+#include <Col/ColSpace.h>
 #include <Col/ColuRequestTable.h>

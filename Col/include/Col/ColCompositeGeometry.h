@@ -16,6 +16,7 @@ struct ColCompositeGeometry : ColGeometry {
     std::vector<ColModel*> mHoles;    ///< not owned
     KitReal mRadius = 0;              ///< of the bounding sphere of the solid children, m
     lsVec3 mCentre;
+    bool mBelongsToModel = false; ///< dies with the model that took it
 };
 
 HY_API void ColCompositeRegisterType();
@@ -27,8 +28,8 @@ HY_API void ColCompositeRegisterType();
 HY_API void ColCompositeDestroy(ColGeometry* g);
 
 /// Adds a solid child, or a hole. Call ColCompositeGeometryRebuild() after the last change.
-/// @param model has a geometry and a world transform, is no child yet and does not contain the
-/// composite; anything else gives a warning
+/// @param model has a geometry, is no child yet and does not contain the composite; anything else
+/// gives a warning
 /// @param relativeTransform not owned, null for the frame of the composite
 /// @return 1, or 0 for a model that is refused
 HY_API int ColCompositeGeometryAddElement(ColCompositeGeometry* geometry, ColModel* model,

@@ -15,8 +15,8 @@ struct KitPool;
 /// @param geometry the model takes it
 [[nodiscard]] HY_API ColModel*
 ColCompositeModelCreateFromCompositeGeometry(ColCompositeGeometry* geometry);
-/// Takes the model and its composite; the children stay, without a parent. ColModelDestroy() of a
-/// composite comes here.
+/// Takes the model, and the composite if it was made here or taken over; the children stay, without
+/// a parent. ColModelDestroy() of a composite comes here.
 HY_API void ColCompositeModelDestroy(ColModel* model);
 HY_API void ColCompositeModelDestroyInPool(ColModel* model, KitPool* pool);
 

@@ -36,6 +36,7 @@ void release(ColModel* child) {
     child->mParent = nullptr;
     child->mRelTM = nullptr;
     child->mRefTM = child->mGlobalTM;
+    child->mTransformUpdateFn = nullptr;
     setVelocityPtr(child, ColDefault0Velocity, ColDefault0Velocity, ColDefault0Velocity);
 }
 
@@ -44,13 +45,14 @@ int addChild(ColModel* parent, ColModel* child, const lsTransform* relativeTrans
     ColCompositeGeometry* geometry = compositeOf(parent, " in ColCompositeModelAddElement.");
     if (!geometry)
         return 0;
-    if (child && (child->mParent || isAncestor(child, parent))) {
-        KitWarning(0,
-                   "ColCompositeModelAddElement: child must have no parent and be no ancestor.\n");
+    if (child && ((child->mParent && child->mParent != parent) || isAncestor(child, parent))) {
+        KitWarning(0, "ColCompositeModelAddElement: child must have no other parent and be no "
+                      "ancestor.\n");
         return 0;
     }
     if (addToGeometry(geometry, child, relativeTransform) == 0)
         return 0;
+    parent->mSetVelocityPtrFn = ColCompositeModelSetVelocityPtr;
     child->mParent = parent;
     child->mRefTM = parent->mGlobalTM;
     setVelocityPtr(child, parent->linearVelocity, parent->angularVelocity,
@@ -73,9 +75,13 @@ void forChildren(const ColCompositeGeometry& geometry, Visit&& visit) {
         std::for_each((geometry.*list).begin(), (geometry.*list).end(), visit);
 }
 
-ColModel* asComposite(ColModel* model) {
-    if (model)
+/// A model that takes the composite, or null.
+ColModel* createInPool(ColCompositeGeometry* geometry, KitPool* pool) {
+    ColModel* model = ColModelCreateInPool(geometry, pool);
+    if (model) {
+        geometry->mBelongsToModel = true;
         model->mSetVelocityPtrFn = ColCompositeModelSetVelocityPtr;
+    }
     return model;
 }
 } // namespace
@@ -86,9 +92,10 @@ ColModel* ColCompositeModelCreate() {
 }
 
 ColModel* ColCompositeModelCreateInPool(KitPool* pool) {
-    ColModel* model = asComposite(ColModelCreateInPool(nullptr, pool));
-    if (model)
-        model->mGeometry = ColCompositeGeometryCreate();
+    ColCompositeGeometry* geometry = ColCompositeGeometryCreate();
+    ColModel* model = createInPool(geometry, pool);
+    if (!model)
+        ColCompositeDestroy(geometry);
     return model;
 }
 
@@ -97,7 +104,8 @@ ColModel* ColCompositeModelCreateFromCompositeGeometry(ColCompositeGeometry* geo
         ColMistake(kColErrorGeometry, " in ColCompositeModelCreateFromCompositeGeometry.");
         return nullptr;
     }
-    return asComposite(ColModelCreate(geometry));
+    ColDefaultInit();
+    return createInPool(geometry, &gColFramework->modelPool);
 }
 
 void ColCompositeModelDestroy(ColModel* model) {
@@ -117,7 +125,8 @@ void ColCompositeModelDestroyInPool(ColModel* model, KitPool* pool) {
         if (child->mParent == model)
             release(child);
     });
-    ColCompositeDestroy(geometry);
+    if (geometry->mBelongsToModel)
+        ColCompositeDestroy(geometry);
     model->mGeometry = nullptr;
     ColModelDestroyInPool(model, pool);
 }

@@ -2,6 +2,7 @@
 #include <Col/ColFrame.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
+#include <Col/CxSpace.h>
 #include <Kit/KitMessage.h>
 #include <Kit/KitPool.h>
 
@@ -74,10 +75,9 @@ void ColModelDestroyInPool(ColModel* model, KitPool* pool) {
         ColError(gColCoreErrorList, kColErrorModelInSpace, "");
         return;
     }
-    if (ColModelIsComposite(model->mParent)) {
-        ColCompositeModelRemoveElement(model->mParent, model);
-        ColCompositeModelRemoveElementHole(model->mParent, model);
-    }
+    ColModel* parent = model->mParent;
+    if (ColModelIsComposite(parent) && ColCompositeModelRemoveElement(parent, model) == 0)
+        ColCompositeModelRemoveElementHole(parent, model);
     if (ColModelIsComposite(model))
         ColCompositeModelDestroyInPool(model, pool);
     else
@@ -231,8 +231,16 @@ bool ColModelGetFastMoving(const ColModel* model) {
 }
 
 void ColModelSetTemporaryDisabledStatus(ColModel* model, ColModelTemporaryDisabledStatus status) {
-    set(model, &ColModel::mTemporaryDisabledStatus, status,
-        " in ColModelSetTemporaryDisabledStatus.");
+    if (!isModel(model, " in ColModelSetTemporaryDisabledStatus.") ||
+        status == model->mTemporaryDisabledStatus)
+        return;
+    const bool parked = model->mTemporaryDisabledStatus == kTemporaryDisabledLongTerm;
+    model->mTemporaryDisabledStatus = status;
+    if (!model->mSpace)
+        return;
+    if (parked != (status == kTemporaryDisabledLongTerm))
+        model->mSpace->Park(model->mSpaceID, !parked);
+    model->mSpace->StatusChanged(model->mSpaceID);
 }
 
 ColModelTemporaryDisabledStatus ColModelGetTemporaryDisabledStatus(const ColModel* model) {

@@ -29,11 +29,10 @@ bool isListed(const std::vector<ColModel*>& list, const ColModel* model) {
 
 int add(ColCompositeGeometry* geometry, std::vector<ColModel*> ColCompositeGeometry::*list,
         ColModel* model, const lsTransform* relativeTransform) {
-    if (!geometry || !model || !model->mGeometry || !model->mGlobalTM ||
-        isListed(geometry->mElements, model) || isListed(geometry->mHoles, model) ||
-        contains(model->mGeometry, geometry)) {
-        KitWarning(0, "ColCompositeGeometryAddElement: model must have a geometry and a transform, "
-                      "be no child yet and not contain the composite.\n");
+    if (!geometry || !model || !model->mGeometry || isListed(geometry->mElements, model) ||
+        isListed(geometry->mHoles, model) || contains(model->mGeometry, geometry)) {
+        KitWarning(0, "ColCompositeGeometryAddElement: model must have a geometry, be no child yet "
+                      "and not contain the composite.\n");
         return 0;
     }
     model->mRelTM = relativeTransform;
@@ -73,13 +72,14 @@ void growSphere(lsVec3& centre, KitReal& radius, const lsVec3& otherCentre, KitR
 
 void placeChildren(const std::vector<ColModel*>& children, const lsTransform& transform) {
     for (ColModel* child : children) {
-        *child->mGlobalTM = ColChildTransform(*child, &transform);
+        const lsTransform place = ColChildTransform(*child, &transform);
+        if (child->mGlobalTM)
+            *child->mGlobalTM = place;
         if (ColModelIsComposite(child))
             ColCompositeGeometryUpdateTransform(
-                static_cast<ColCompositeGeometry*>(child->mGeometry), *child->mGlobalTM);
+                static_cast<ColCompositeGeometry*>(child->mGeometry), place);
         lsVec3 minCorner, maxCorner;
-        ColGeometryGetAABB(child->mGeometry, child->mGlobalTM, &minCorner, &maxCorner,
-                           child->mBounds);
+        ColGeometryGetAABB(child->mGeometry, &place, &minCorner, &maxCorner, child->mBounds);
     }
 }
 } // namespace

@@ -20,7 +20,8 @@ int ColCompositeLineSegmentIntersect(ColModel* model, const lsVec3& start, const
     KitReal nearest = kFarAway;
     int found = 0;
     for (ColModel* child : ColCompositeOf(model->mGeometry).mElements) {
-        const auto intersect = ColLineSegGetIntersectFnPtr(child->mGeometry->mID);
+        const auto intersect =
+            child->mGeometry ? ColLineSegGetIntersectFnPtr(child->mGeometry->mID) : nullptr;
         if (!intersect || !ColIsEnabled(child))
             continue;
         const ColLineSegAction action = ask(subscriber, *child);
