@@ -6,6 +6,7 @@
 #include <Hy/HyAngular2Position3.h>
 #include <Hy/HyAngular3.h>
 #include <Hy/HyBallAndSocket.h>
+#include <Hy/HyCollisionContact.h>
 #include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyCollisionRule.h>
 #include <Hy/HyConeConstraint.h>
