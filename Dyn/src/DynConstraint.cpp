@@ -17,15 +17,6 @@ namespace {
 
 std::atomic<std::uint64_t> sLastConstraintSerial{0};
 
-void bindSlot(DynBaseConstraint* c, int slot, DynBody* body) {
-    DyncConstraintHeader& head = c->bclH;
-    const bool moves = body && DynBodyIsDynamic(body) && DynConstraintIsEnabled(c);
-    head.b[slot] = moves ? &body->kiroBody : nullptr;
-    head.r[slot] = body ? &body->kiroBody.tm : nullptr;
-    head.velocity[slot] = body && !DynBodyIsFrozen(body) ? &body->kiroBody.vel : nullptr;
-    head.q[slot] = body ? body->kiroBody.qrot : nullptr;
-}
-
 void initCoordinates(DynBaseConstraint* c, const DynJointType& type) {
     c->limits = type.limits ? type.limits(c) : nullptr;
     c->iNumLimits = static_cast<int>(type.coordinates.size());
@@ -47,7 +38,7 @@ void initRecord(DynBaseConstraint* c, const DynJointType& type) {
     c->bclFunction = type.builder;
     c->updateKinematicFunction = DynConstraintUpdateKinematic;
     c->setBodyFunc = DynConstraintSetBody;
-    c->set1BodyFunc = bindSlot;
+    c->set1BodyFunc = DynConstraintBindSlot;
     c->setAxisFunc = DynConstraintBodySetAxes;
     c->kinematicUpdateIndex = -1;
     c->edge_data = {};
@@ -149,6 +140,15 @@ bool DynConstraintIsSlot(const DynBaseConstraint* constraint, int slot, const ch
 bool DynConstraintIsRow(int row, const char* function) {
     return (row >= 0 && row < kDynsMaxConstraintRows) ||
            refuse(function, "the row must be one of a constraint's");
+}
+
+void DynConstraintBindSlot(DynBaseConstraint* c, int slot, DynBody* body) {
+    DyncConstraintHeader& head = c->bclH;
+    const bool moves = body && DynBodyIsDynamic(body) && DynConstraintIsEnabled(c);
+    head.b[slot] = moves ? &body->kiroBody : nullptr;
+    head.r[slot] = body ? &body->kiroBody.tm : nullptr;
+    head.velocity[slot] = body && !DynBodyIsFrozen(body) ? &body->kiroBody.vel : nullptr;
+    head.q[slot] = body ? body->kiroBody.qrot : nullptr;
 }
 
 void DynConstraintBindBodies(DynBaseConstraint* constraint) {

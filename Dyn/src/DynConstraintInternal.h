@@ -6,6 +6,8 @@
 [[nodiscard]] bool DynConstraintIsSlot(const DynBaseConstraint* constraint, int slot,
                                        const char* function);
 [[nodiscard]] bool DynConstraintIsRow(int row, const char* function);
+/// Points a slot at what its body holds: what set1BodyFunc does in most constraints.
+void DynConstraintBindSlot(DynBaseConstraint* constraint, int slot, DynBody* body);
 /// Points every slot at what its body holds.
 void DynConstraintBindBodies(DynBaseConstraint* constraint);
 

@@ -1,5 +1,6 @@
 #include <Dyn/DynJointType.h>
 
+#include <Dync/DyncContact.h>
 #include <Dync/DyncJointTags.h>
 #include <Dync/DyncJoints.h>
 
@@ -64,6 +65,7 @@ constexpr std::array kTypes = {
     makeType<DynBSJoint>(kDynTagBSJoint, "DynBSJoint", DyncAddBSJoint, 9, 3),
     makeType<DynHinge>(kDynTagHinge, "DynHinge", DyncAddHinge, 13, 5, kAbout),
     makeType<DynPrismatic>(kDynTagPrismatic, "DynPrismatic", DyncAddPrismatic, 13, 5, kAlong),
+    makeType<DynContact>(kDynTagContact, "DynContact", DyncAddContact, kDyncMaxContactRows, 1),
     makeType<DynFixedPath>(kDynTagFixedPath, "DynFixedPath", DyncAddFixedPath, 9, 3),
     makeType<DynUniversal>(kDynTagUniversal, "DynUniversal", DyncAddUniversal, 14, 4, kCrossed),
     makeType<DynHomokinetic>(kDynTagHomokinetic, "DynHomokinetic", DyncAddHomokinetic, 10, 4),

@@ -46,10 +46,14 @@ class SolvePartitionWorkUnit final : public BasePartitionWorkUnit {
     void run(StepperData& data, int index) override;
 };
 
-enum class PartitionChoice { kAll, kActive };
+enum class PartitionChoice {
+    kAll,
+    kShared,       ///< those that one thread solves
+    kActiveShared, ///< of these, those that take another pass
+};
 
 /// Takes partitions from steppers[index] on into the unit: a large one alone, small ones together,
-/// and of these only the active ones if so chosen. Leaves index on the last one taken or passed over.
+/// and of these only the chosen ones. Leaves index on the last one taken or passed over.
 void fillWorkUnit(BasePartitionWorkUnit& unit, StepperData* const* steppers, int& index, int end,
                   PartitionChoice choice);
 

@@ -3,8 +3,16 @@
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/WorldStepper.h>
 #include <Kit/KitMessage.h>
+#include <Kit/KitThreadPool.h>
 
 #include <algorithm>
+
+namespace {
+
+/// Rows of a partition that is worth several threads.
+constexpr int kLargeRows = 300;
+
+} // namespace
 
 InternalConstraintFrames::~InternalConstraintFrames() {
     cleanup();
@@ -34,8 +42,30 @@ void InternalConstraintFrames::step(bool finalSlice) {
     if (finalSlice && ++steps == 1)
         KitInfo(0, threaded > 0 ? "DynsStep: Using threaded version.\n"
                                 : "DynsStep: Not using threaded version.\n");
-    const bool useThreads = threaded > 0 && mCountPrimary > 1 && host.threadPool;
-    work(useThreads ? host.threadPool(host.owner) : nullptr);
+    work(poolForSlice());
+}
+
+/// Null where the slice is for the calling thread alone.
+KitThreadPool* InternalConstraintFrames::poolForSlice() const {
+    const bool worthIt = mCountPrimary > 1 ||
+                         (mCountPrimary == 1 && mSteppers[0]->c->n_constraint_rows >= kLargeRows);
+    return threaded > 0 && worthIt && host.threadPool ? host.threadPool(host.owner) : nullptr;
+}
+
+/// A partition that is more than one thread's share of the slice takes all threads, before the others
+/// are dealt out.
+void InternalConstraintFrames::spreadLargePartitions(KitThreadPool* pool) {
+    const double threads = pool ? pool->getThreadCount() : 1;
+    double rows = 0;
+    for (const StepperData* data : primaries())
+        rows += data->c->n_constraint_rows;
+    for (StepperData* data : mSteppers)
+        data->spreadOver(nullptr);
+    if (threads < 2)
+        return;
+    for (StepperData* data : primaries())
+        if (const int own = data->c->n_constraint_rows; own >= kLargeRows && own * threads > rows)
+            data->spreadOver(pool);
 }
 
 void InternalConstraintFrames::work(KitThreadPool* pool) {
@@ -43,6 +73,7 @@ void InternalConstraintFrames::work(KitThreadPool* pool) {
         return;
     for (StepperData* data : mSteppers)
         data->chooseSolvers();
+    spreadLargePartitions(pool);
     if (mCountSecondary == 0)
         solveIndependent(pool);
     else
@@ -51,12 +82,12 @@ void InternalConstraintFrames::work(KitThreadPool* pool) {
 }
 
 void InternalConstraintFrames::solveIndependent(KitThreadPool* pool) {
-    if (pool) {
-        runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kAll, pool);
-        return;
-    }
     for (int i = 0; i < mCountPrimary; ++i)
-        mSteppers[static_cast<std::size_t>(i)]->solveAlone(i);
+        if (StepperData* data = mSteppers[static_cast<std::size_t>(i)];
+            !pool || data->usesAllThreads)
+            data->solveAlone(i);
+    if (pool)
+        runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kShared, pool);
 }
 
 // Each partition is solved with the others' forces on its bodies as loads, a fixed number of times.
@@ -90,7 +121,7 @@ void InternalConstraintFrames::passSecondaries(KitThreadPool* pool) {
             if (data->isActive())
                 data->model->pre_sync_forces();
         runStage(update_work_units, same.data(), static_cast<int>(same.size()),
-                 PartitionChoice::kActive, same.size() > 1 ? pool : nullptr);
+                 PartitionChoice::kActiveShared, same.size() > 1 ? pool : nullptr);
         for (StepperData* data : same)
             if (data->isActive())
                 data->postSync();
@@ -104,8 +135,13 @@ void InternalConstraintFrames::passPrimaries(KitThreadPool* pool) {
                 data->runPass();
         return;
     }
-    runStage(pre_and_update_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kActive,
-             pool);
+    for (StepperData* data : primaries())
+        if (data->usesAllThreads && data->isActive()) {
+            data->model->pre_sync_forces();
+            data->model->get_forces();
+        }
+    runStage(pre_and_update_work_units, mSteppers.data(), mCountPrimary,
+             PartitionChoice::kActiveShared, pool);
     for (StepperData* data : primaries())
         if (data->isActive())
             data->postSync();

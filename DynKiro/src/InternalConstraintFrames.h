@@ -37,6 +37,8 @@ struct InternalConstraintFrames final : DynsConstraintFrames {
 
 private:
     void work(KitThreadPool* pool);
+    [[nodiscard]] KitThreadPool* poolForSlice() const;
+    void spreadLargePartitions(KitThreadPool* pool);
     void solveIndependent(KitThreadPool* pool);
     void solveCoupled(KitThreadPool* pool);
     void passSecondaries(KitThreadPool* pool);

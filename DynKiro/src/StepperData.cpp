@@ -55,6 +55,12 @@ void StepperData::chooseSolvers() {
     ct_solver = DynsFrameGetConstraintSolver(*kf, large ? kIterativeSolver : kp.ct_solver);
 }
 
+void StepperData::spreadOver(KitThreadPool* pool) {
+    usesAllThreads = pool != nullptr;
+    if (linear_solver)
+        linear_solver->thread_pool = pool;
+}
+
 void StepperData::setUp(int index) {
     iteration = 0;
     model->setup(nb, c, &kp, b, lcp_solver, linear_solver, ct_solver);

@@ -6,6 +6,7 @@
 struct DynsBody;
 struct DynsConstraints;
 struct DynsFrame;
+class KitThreadPool;
 class WorldStepper;
 class constraint_solver;
 
@@ -23,6 +24,8 @@ struct StepperData {
     void prepareMemory(int maxRows);
     /// Chooses the solver objects that the parameters name. For the stepping thread.
     void chooseSolvers();
+    /// Has the solve spread over a pool; null keeps it on one thread.
+    void spreadOver(KitThreadPool* pool);
 
     [[nodiscard]] bool isActive() const { return iteration < max_iteration; }
     void setUp(int index); ///< @param index place in the slice
@@ -41,6 +44,7 @@ struct StepperData {
     int max_iteration = 1; ///< passes that the partition takes in this step
     int iteration = 0;     ///< passes done
     int partitionIndex = -1;
+    bool usesAllThreads = false; ///< in the present slice; else one thread solves it
 
     // Chosen for the present slice.
     WorldStepper* model = nullptr;

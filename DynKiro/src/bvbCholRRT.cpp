@@ -17,6 +17,8 @@ struct bvbCholRRT::Storage {
     mutable DynsSkyline natural;
     mutable bool naturalStands = false;
     DynsColumnCache columns;
+    KitAlignedVector<int> missingRows;
+    KitAlignedVector<KitReal*> missingColumns;
     KitAlignedVector<unsigned> columnSolved;
 
     const DynsSkyline& naturalFactor() const;
@@ -92,7 +94,7 @@ void bvbCholRRT::calcJinvMJT(DynsConstraints* c) {
     Storage& s = *mStorage;
     s.rows = c;
     s.elements.reset(0);
-    s.system.setUp(*c);
+    s.system.setUp(*c, thread_pool);
 }
 
 void bvbCholRRT::factorize() {
@@ -121,7 +123,7 @@ void bvbCholRRT::solveUnit(KitReal* column, int i) {
         mStorage->naturalFactor().solve(column);
         return;
     }
-    mStorage->system.solveUnit(column, i);
+    mStorage->system.solveUnits({&i, 1}, {&column, 1});
 }
 
 void bvbCholRRT::factor_dense(KitReal* M, int size) {
@@ -141,9 +143,25 @@ const char* bvbCholRRT::get_name() const {
 }
 
 const KitReal* bvbCholRRT::inverseColumn(int j) {
-    if (++column_solved[j] == 1)
+    ++column_solved[j];
+    if (mStorage->columns.find(j) == nullptr)
         solveUnit(mStorage->columns.add(j), j);
     return mStorage->columns.find(j);
+}
+
+void bvbCholRRT::prepareColumns(std::span<const int> rows) {
+    Storage& s = *mStorage;
+    if (s.rows == nullptr)
+        return;
+    s.missingRows.clear();
+    s.missingColumns.clear();
+    for (const int row : rows)
+        if (s.columns.find(row) == nullptr) {
+            s.missingRows.push_back(row);
+            s.missingColumns.push_back(s.columns.add(row));
+        }
+    if (!s.missingRows.empty())
+        s.system.solveUnits(s.missingRows, s.missingColumns);
 }
 
 double bvbCholRRT::solveFlops() const {

@@ -116,6 +116,7 @@ void solveOverTightRows(Problem& p) {
     if (t == 0)
         return;
     reserveDense(p, t);
+    p.m->prepareColumns({p.tight, static_cast<std::size_t>(t)});
     for (int k = 0; k < t; ++k) {
         const KitReal* column = p.m->inverseColumn(p.tight[k]);
         for (int l = 0; l <= k; ++l)
@@ -133,8 +134,8 @@ void solveOverTightRows(Problem& p) {
     }
 }
 
-/// Operations of the road over the tight rows; columns that exist already cost nothing. Infinite where
-/// there would be too many of them.
+/// Operations of the road over the tight rows, by their weight; columns that exist already cost
+/// nothing. Infinite where there would be too many of them.
 double tightRoadFlops(const Problem& p) {
     const auto made = p.n - std::count(p.m->column_solved, p.m->column_solved + p.n, 0U);
     std::ptrdiff_t missing = 0;
@@ -144,7 +145,8 @@ double tightRoadFlops(const Problem& p) {
         return std::numeric_limits<double>::infinity();
     const double t = p.tightCount, n = p.n;
     const double solves = static_cast<double>(missing) + (p.z0 == nullptr ? 1 : 0);
-    return t * t * t / 3 + 2 * t * n + p.m->pendingFactorFlops() + solves * p.m->solveFlops();
+    return LCPMatrix::kSolveWeight * (t * t * t / 3 + 2 * t * n + solves * p.m->solveFlops()) +
+           p.m->pendingFactorFlops();
 }
 
 void solvePass(Problem& p) {

@@ -4,146 +4,95 @@
 #include <cmath>
 #include <cstddef>
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
-
 namespace {
 
 /// Keeps a pivot of rounding size from giving an infinite factor, in the unit of L.
 constexpr KitReal kSmallestDiagonal = 1e-14;
 
-// A tile is held in registers over the whole length k.
-void tilePortable(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda, const KitReal* B,
-                  std::size_t ldb, int k, int columns) {
-    for (int j = 0; j < columns; ++j) {
-        KitReal sum[kDynsPanelRows] = {};
-        for (int p = 0; p < k; ++p) {
-            const KitReal* a = A + static_cast<std::size_t>(p) * lda;
-            const KitReal b = B[static_cast<std::size_t>(p) * ldb + static_cast<std::size_t>(j)];
-            for (int i = 0; i < kDynsPanelRows; ++i)
-                sum[i] += a[i] * b;
-        }
-        KitReal* c = C + static_cast<std::size_t>(j) * ldc;
-        for (int i = 0; i < kDynsPanelRows; ++i)
-            c[i] -= sum[i];
-    }
-}
-
-#if defined(__x86_64__)
-template <int Columns>
-__attribute__((target("avx2,fma"))) void tileAvx2Columns(KitReal* C, std::size_t ldc,
-                                                         const KitReal* A, std::size_t lda,
-                                                         const KitReal* B, std::size_t ldb, int k) {
-    __m256d low[Columns], high[Columns];
-    for (int j = 0; j < Columns; ++j)
-        low[j] = high[j] = _mm256_setzero_pd();
-    for (int p = 0; p < k; ++p, A += lda, B += ldb) {
-        const __m256d a0 = _mm256_loadu_pd(A), a1 = _mm256_loadu_pd(A + 4);
-        for (int j = 0; j < Columns; ++j) {
-            const __m256d b = _mm256_broadcast_sd(B + j);
-            low[j] = _mm256_fmadd_pd(a0, b, low[j]);
-            high[j] = _mm256_fmadd_pd(a1, b, high[j]);
-        }
-    }
-    for (int j = 0; j < Columns; ++j, C += ldc) {
-        _mm256_storeu_pd(C, _mm256_sub_pd(_mm256_loadu_pd(C), low[j]));
-        _mm256_storeu_pd(C + 4, _mm256_sub_pd(_mm256_loadu_pd(C + 4), high[j]));
-    }
-}
-
-void tileAvx2(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda, const KitReal* B,
-              std::size_t ldb, int k, int columns) {
-    if (columns == 4)
-        tileAvx2Columns<4>(C, ldc, A, lda, B, ldb, k);
-    else if (columns == 3)
-        tileAvx2Columns<3>(C, ldc, A, lda, B, ldb, k);
-    else if (columns == 2)
-        tileAvx2Columns<2>(C, ldc, A, lda, B, ldb, k);
-    else
-        tileAvx2Columns<1>(C, ldc, A, lda, B, ldb, k);
-}
-
-template <int Columns>
-__attribute__((target("avx512f"))) void
-tileAvx512Columns(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda, const KitReal* B,
-                  std::size_t ldb, int k) {
-    // Two sums a column, over even and odd p, so that eight chains are in flight.
-    __m512d even[Columns], odd[Columns];
-    for (int j = 0; j < Columns; ++j)
-        even[j] = odd[j] = _mm512_setzero_pd();
-    int p = 0;
-    for (; p + 2 <= k; p += 2, A += 2 * lda, B += 2 * ldb) {
-        const __m512d a0 = _mm512_loadu_pd(A), a1 = _mm512_loadu_pd(A + lda);
-        for (int j = 0; j < Columns; ++j) {
-            even[j] = _mm512_fmadd_pd(a0, _mm512_set1_pd(B[j]), even[j]);
-            odd[j] =
-                _mm512_fmadd_pd(a1, _mm512_set1_pd(B[ldb + static_cast<std::size_t>(j)]), odd[j]);
-        }
-    }
-    if (p < k) {
-        const __m512d a0 = _mm512_loadu_pd(A);
-        for (int j = 0; j < Columns; ++j)
-            even[j] = _mm512_fmadd_pd(a0, _mm512_set1_pd(B[j]), even[j]);
-    }
-    for (int j = 0; j < Columns; ++j, C += ldc)
-        _mm512_storeu_pd(C, _mm512_sub_pd(_mm512_loadu_pd(C), _mm512_add_pd(even[j], odd[j])));
-}
-
-void tileAvx512(KitReal* C, std::size_t ldc, const KitReal* A, std::size_t lda, const KitReal* B,
-                std::size_t ldb, int k, int columns) {
-    if (columns == 4)
-        tileAvx512Columns<4>(C, ldc, A, lda, B, ldb, k);
-    else if (columns == 3)
-        tileAvx512Columns<3>(C, ldc, A, lda, B, ldb, k);
-    else if (columns == 2)
-        tileAvx512Columns<2>(C, ldc, A, lda, B, ldb, k);
-    else
-        tileAvx512Columns<1>(C, ldc, A, lda, B, ldb, k);
-}
-#endif
-
 struct Variants {
-    DynsKernelVariant list[3];
+    const DynsKernelVariant* list[3];
     std::size_t count = 0;
 
     Variants() noexcept {
 #if defined(__x86_64__)
         __builtin_cpu_init();
         if (__builtin_cpu_supports("avx512f"))
-            list[count++] = {tileAvx512, "avx512"};
+            list[count++] = &kDynsAvx512Kernels;
         if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
-            list[count++] = {tileAvx2, "avx2"};
+            list[count++] = &kDynsAvx2Kernels;
 #endif
-        list[count++] = {tilePortable, "portable"};
+        list[count++] = &kDynsPortableKernels;
     }
 };
 
 const Variants kVariants;
 
-std::size_t at(int row, int column, int ld) noexcept {
-    return static_cast<std::size_t>(column) * static_cast<std::size_t>(ld) +
-           static_cast<std::size_t>(row);
+std::size_t wide(int i) noexcept {
+    return static_cast<std::size_t>(i);
 }
 
-/// Factors `count` neighbouring columns that already carry the updates of all columns before them.
-/// Column and rows start at `first`.
-void factorColumns(KitReal* panel, int ld, int rows, int first, int count,
-                   KitReal* inverseDiagonal) noexcept {
+std::size_t at(int row, int column, int ld) noexcept {
+    return wide(column) * wide(ld) + wide(row);
+}
+
+/// Factors up to kDynsPanelRows neighbouring columns that already carry the updates of all columns
+/// before them.
+void factorBlock(KitReal* panel, int ld, int end, int first, int count,
+                 KitReal* inverseDiagonal) noexcept {
+    const int begin = std::min(end, DynsPaddedRows(first + count)); // of the whole groups below
     for (int j = first; j < first + count; ++j) {
         KitReal* column = panel + at(0, j, ld);
         for (int p = first; p < j; ++p) {
             const KitReal* earlier = panel + at(0, p, ld);
             const KitReal factor = earlier[j];
-            for (int i = j; i < rows; ++i)
+            for (int i = j; i < begin; ++i)
                 column[i] -= factor * earlier[i];
         }
         const KitReal diagonal = std::sqrt(std::abs(column[j]));
         const KitReal inverse = 1 / (diagonal + kSmallestDiagonal);
         column[j] = diagonal;
         inverseDiagonal[j] = inverse;
-        for (int i = j + 1; i < rows; ++i)
+        for (int i = j + 1; i < begin; ++i)
             column[i] *= inverse;
+    }
+    if (begin < end)
+        kVariants.list[0]->solveRows(panel + at(begin, first, ld), wide(ld), end - begin,
+                                     panel + at(first, first, ld), wide(ld),
+                                     inverseDiagonal + first, count);
+}
+
+/// Calls f with the first column and the count of columns of each block that is factored at once.
+template <typename F>
+void forEachBlock(int first, int count, F f) {
+    for (int j = first; j < first + count;) {
+        const int block = std::min(kDynsPanelRows - j % kDynsPanelRows, first + count - j);
+        f(j, block);
+        j += block;
+    }
+}
+
+/// Solves, for all sides, with the triangle of up to kDynsTileColumns pivots.
+void forwardTriangle(const KitReal* L, int ld, int pivots, const KitReal* inverse,
+                     KitReal* Y) noexcept {
+    for (int k = 0; k < pivots; ++k) {
+        KitReal* y = Y + wide(k) * kDynsManySides;
+        for (int p = 0; p < k; ++p)
+            for (int r = 0; r < kDynsManySides; ++r)
+                y[r] -= L[at(k, p, ld)] * Y[p * kDynsManySides + r];
+        for (int r = 0; r < kDynsManySides; ++r)
+            y[r] *= inverse[k];
+    }
+}
+
+void backwardTriangle(const KitReal* L, int ld, int pivots, const KitReal* inverse,
+                      KitReal* Y) noexcept {
+    for (int k = pivots - 1; k >= 0; --k) {
+        KitReal* y = Y + wide(k) * kDynsManySides;
+        for (int p = k + 1; p < pivots; ++p)
+            for (int r = 0; r < kDynsManySides; ++r)
+                y[r] -= L[at(p, k, ld)] * Y[p * kDynsManySides + r];
+        for (int r = 0; r < kDynsManySides; ++r)
+            y[r] *= inverse[k];
     }
 }
 
@@ -151,43 +100,82 @@ void factorColumns(KitReal* panel, int ld, int rows, int first, int count,
 
 void DynsSubtractProduct(KitReal* C, int ldc, int m, int n, const KitReal* A, int lda,
                          const KitReal* B, int ldb, int k) noexcept {
-    const DynsTile tile = kVariants.list[0].tile;
+    const DynsTile tile = kVariants.list[0]->tile;
     for (int j = 0; j < n; j += kDynsTileColumns)
         for (int i = 0; i < m; i += kDynsPanelRows)
-            tile(C + at(i, j, ldc), static_cast<std::size_t>(ldc), A + i,
-                 static_cast<std::size_t>(lda), B + j, static_cast<std::size_t>(ldb), k,
+            tile(C + at(i, j, ldc), wide(ldc), A + i, wide(lda), B + j, wide(ldb), k,
                  std::min(kDynsTileColumns, n - j));
 }
 
-void DynsSubtractFromColumns(KitReal* panel, int ld, int rows, int first, int count,
+void DynsSubtractFromColumns(KitReal* panel, int ld, int end, int first, int count,
                              const KitReal* A, const KitReal* L, int k) noexcept {
     const int start = first / kDynsPanelRows * kDynsPanelRows; // whole groups end with the column
-    DynsSubtractProduct(panel + at(start, first, ld), ld, rows - start, count, A + start, ld,
+    DynsSubtractProduct(panel + at(start, first, ld), ld, end - start, count, A + start, ld,
                         L + first, ld, k);
 }
 
-void DynsFactorColumns(KitReal* panel, int ld, int rows, int first, int count,
+void DynsFactorColumns(KitReal* panel, int ld, int end, int first, int count,
                        KitReal* inverseDiagonal) noexcept {
-    constexpr int kBlock = 8;
     const KitReal* L = panel + at(0, first, ld);
-    for (int j = first; j < first + count;) {
-        const int block = std::min(kBlock - j % kBlock, first + count - j);
+    forEachBlock(first, count, [&](int j, int block) {
         if (j > first)
-            DynsSubtractFromColumns(panel, ld, rows, j, block, L, L, j - first);
-        factorColumns(panel, ld, rows, j, block, inverseDiagonal);
-        j += block;
-    }
+            DynsSubtractFromColumns(panel, ld, end, j, block, L, L, j - first);
+        factorBlock(panel, ld, end, j, block, inverseDiagonal);
+    });
 }
 
-void DynsSubtractLower(KitReal* update, int ldu, int n, const KitReal* A, const KitReal* B, int ld,
-                       int k) noexcept {
-    for (int j = 0; j < n; j += kDynsTileColumns) {
+void DynsFactorRowsBelow(KitReal* panel, int ld, int begin, int end, int first, int count,
+                         const KitReal* inverseDiagonal) noexcept {
+    const KitReal* L = panel + at(0, first, ld);
+    const int rows = DynsPaddedRows(end - begin);
+    forEachBlock(first, count, [&](int j, int block) {
+        KitReal* columns = panel + at(begin, j, ld);
+        if (j > first)
+            DynsSubtractProduct(columns, ld, rows, block, L + begin, ld, L + j, ld, j - first);
+        kVariants.list[0]->solveRows(columns, wide(ld), rows, panel + at(j, j, ld), wide(ld),
+                                     inverseDiagonal + j, block);
+    });
+}
+
+void DynsSubtractLower(KitReal* update, int ldu, int n, int first, int count, const KitReal* A,
+                       const KitReal* B, int ld, int k) noexcept {
+    for (int j = first; j < first + count; j += kDynsTileColumns) {
         const int start = j / kDynsPanelRows * kDynsPanelRows;
         DynsSubtractProduct(update + at(start, j, ldu), ldu, n - start,
-                            std::min(kDynsTileColumns, n - j), A + start, ld, B + j, ld, k);
+                            std::min(kDynsTileColumns, first + count - j), A + start, ld, B + j, ld,
+                            k);
     }
 }
 
-std::span<const DynsKernelVariant> DynsKernelVariants() noexcept {
+// With the sides as the rows of a tile, the rows behind a block of pivots are the tile's columns, and
+// a panel of L the factor B of its product.
+void DynsForwardMany(const KitReal* L, int ld, int rows, int pivots, const KitReal* inverseDiagonal,
+                     KitReal* Y) noexcept {
+    const DynsTile tile = kVariants.list[0]->tile;
+    for (int i = 0; i < rows;) {
+        const int known = std::min(i, pivots);
+        const int count = std::min(kDynsTileColumns, (i < pivots ? pivots : rows) - i);
+        KitReal* y = Y + wide(i) * kDynsManySides;
+        tile(y, kDynsManySides, Y, kDynsManySides, L + i, wide(ld), known, count);
+        if (i < pivots)
+            forwardTriangle(L + at(i, i, ld), ld, count, inverseDiagonal + i, y);
+        i += count;
+    }
+}
+
+void DynsBackwardMany(const KitReal* L, int ld, int rows, int pivots,
+                      const KitReal* inverseDiagonal, KitReal* Y) noexcept {
+    const DynsTile tile = kVariants.list[0]->tileTransposed;
+    for (int i = (pivots - 1) / kDynsTileColumns * kDynsTileColumns; i >= 0;
+         i -= kDynsTileColumns) {
+        const int count = std::min(kDynsTileColumns, pivots - i), behind = i + count;
+        KitReal* y = Y + wide(i) * kDynsManySides;
+        tile(y, kDynsManySides, Y + wide(behind) * kDynsManySides, kDynsManySides,
+             L + at(behind, i, ld), wide(ld), rows - behind, count);
+        backwardTriangle(L + at(i, i, ld), ld, count, inverseDiagonal + i, y);
+    }
+}
+
+std::span<const DynsKernelVariant* const> DynsKernelVariants() noexcept {
     return {kVariants.list, kVariants.count};
 }

@@ -7,14 +7,6 @@
 #include <algorithm>
 #include <numeric>
 
-namespace {
-
-/// Members of a joined body up to which their degrees are brought up to date at once; above it they
-/// are found too large when their turn comes, which costs order and no correctness.
-constexpr int kEagerDegrees = 8;
-
-} // namespace
-
 bool DynsConstraintGraph::update(const DynsConstraints& c) {
     const auto n = static_cast<std::size_t>(c.n_constraints);
     bool same = n == rows.size() && bodyStart.size() == n + 1;
@@ -116,28 +108,41 @@ struct DynsEliminationTree::Quotient {
         return sum;
     }
 
-    void push(int v) {
-        t.mHeap.push_back({degree(v), v});
-        std::push_heap(t.mHeap.begin(), t.mHeap.end(), later);
+    /// Takes a constraint into the bucket of its degree, or moves it there.
+    void place(int v) {
+        const int bucket = std::min(degree(v), static_cast<int>(t.mBuckets.size()) - 1);
+        if (t.mBucketOf[at(v)] == bucket)
+            return;
+        remove(v);
+        t.mBucketOf[at(v)] = bucket;
+        const int previous = t.mBucketTails[at(bucket)];
+        t.mBucketPrevious[at(v)] = previous;
+        t.mBucketNext[at(v)] = -1;
+        (previous >= 0 ? t.mBucketNext[at(previous)] : t.mBuckets[at(bucket)]) = v;
+        t.mBucketTails[at(bucket)] = v;
+        mLeast = std::min(mLeast, bucket);
     }
 
-    static bool later(const HeapEntry& a, const HeapEntry& b) {
-        return a.degree != b.degree ? a.degree > b.degree : a.constraint > b.constraint;
+    void remove(int v) {
+        if (t.mBucketOf[at(v)] < 0)
+            return;
+        const int next = t.mBucketNext[at(v)], previous = t.mBucketPrevious[at(v)];
+        const std::size_t bucket = at(t.mBucketOf[at(v)]);
+        (next >= 0 ? t.mBucketPrevious[at(next)] : t.mBucketTails[bucket]) = previous;
+        (previous >= 0 ? t.mBucketNext[at(previous)] : t.mBuckets[bucket]) = next;
+        t.mBucketOf[at(v)] = -1;
     }
 
-    /// The constraint of least degree that is left, or -1.
+    /// A constraint of least degree, or -1.
     int popLeast() {
-        while (!t.mHeap.empty()) {
-            std::pop_heap(t.mHeap.begin(), t.mHeap.end(), later);
-            const HeapEntry entry = t.mHeap.back();
-            t.mHeap.pop_back();
-            if (t.mEliminated[at(entry.constraint)] != 0)
-                continue;
-            if (degree(entry.constraint) <= entry.degree)
-                return entry.constraint;
-            push(entry.constraint);
-        }
-        return -1;
+        const int buckets = static_cast<int>(t.mBuckets.size());
+        while (mLeast < buckets && t.mBuckets[at(mLeast)] < 0)
+            ++mLeast;
+        if (mLeast == buckets)
+            return -1;
+        const int v = t.mBuckets[at(mLeast)];
+        remove(v);
+        return v;
     }
 
     void setUp() {
@@ -158,11 +163,15 @@ struct DynsEliminationTree::Quotient {
                 append(g.bodies[at(i)], i);
                 t.mWeight[at(g.bodies[at(i)])] += g.rows[at(v)];
             }
-        t.mHeap.clear();
+        const int rows = std::accumulate(g.rows.begin(), g.rows.end(), 0);
+        t.mBuckets.assign(at(rows) + 1, -1);
+        t.mBucketTails.assign(at(rows) + 1, -1);
+        t.mBucketOf.assign(at(g.size()), -1);
+        t.mBucketNext.resize(at(g.size()));
+        t.mBucketPrevious.resize(at(g.size()));
         for (int v = 0; v < g.size(); ++v)
             if (g.kind(v) != DynsVertex::kWaitsHub)
-                t.mHeap.push_back({degree(v), v});
-        std::make_heap(t.mHeap.begin(), t.mHeap.end(), later);
+                place(v);
     }
 
     void append(int body, int incidence) {
@@ -203,6 +212,8 @@ struct DynsEliminationTree::Quotient {
     }
 
     static std::size_t at(int i) { return static_cast<std::size_t>(i); }
+
+    int mLeast = 0; ///< no bucket below it has a member
 };
 
 void DynsEliminationTree::eliminateAll(const DynsConstraintGraph& graph) {
@@ -224,6 +235,7 @@ void DynsEliminationTree::eliminateAll(const DynsConstraintGraph& graph) {
             if (!seen && mEliminated[at(u)] == 0) {
                 if (u == v || q.inside(u, body)) {
                     mEliminated[at(u)] = 1;
+                    q.remove(u);
                     mFront.push_back(u);
                 } else {
                     mStack.push_back(u);
@@ -248,10 +260,9 @@ void DynsEliminationTree::eliminateAll(const DynsConstraintGraph& graph) {
         mFront.insert(mFront.end(), mStack.begin(), mStack.end());
         node.frontCount = static_cast<int>(mFront.size()) - node.frontStart;
         mNodes.push_back(node);
-        const bool eager = mStack.size() <= static_cast<std::size_t>(kEagerDegrees);
         for (const int u : mStack)
-            if (eager || (hasHub && graph.kind(u) == DynsVertex::kWaitsHub))
-                q.push(u);
+            if (mBucketOf[at(u)] >= 0 || hasHub)
+                q.place(u);
     }
 }
 
@@ -314,7 +325,6 @@ void DynsEliminationTree::postorder() {
             if (child >= 0) {
                 mStack.push_back(child);
                 child = mNextSibling[at(child)];
-                ++mNodes[at(s)].childCount;
                 continue;
             }
             mStack.pop_back();
@@ -323,9 +333,14 @@ void DynsEliminationTree::postorder() {
         }
     }
     mNodes.swap(mOrdered);
+    for (int s = 0; s < n; ++s)
+        mNodes[at(s)].first = s;
     for (DynsSupernode& node : mNodes)
-        if (node.parent >= 0)
+        if (node.parent >= 0) {
             node.parent = mScatter[at(node.parent)];
+            int& first = mNodes[at(node.parent)].first;
+            first = std::min(first, node.first);
+        }
 }
 
 /// Renumbers the constraints in the postorder, sorts what each front keeps, and maps it upwards.

@@ -1,6 +1,7 @@
 #pragma once
 #include <Kit/KitAlignedVector.h>
 
+#include <cstddef>
 #include <span>
 
 struct DynsConstraints;
@@ -44,8 +45,8 @@ struct DynsSupernode {
     int pivots;     ///< constraints eliminated here, at the beginning of the front
     int frontCount; ///< constraints of the front
     int parent;     ///< supernode that takes the update, -1 for a root
-    int childCount;
-    int mapStart; ///< first entry in toParent of the front's constraints behind the pivots
+    int first;      ///< first supernode of the subtree that ends here
+    int mapStart;   ///< first entry in toParent of the front's constraints behind the pivots
 };
 
 /// Fill-reducing order of elimination of the vertices, with the structure of the factor. What is said
@@ -64,6 +65,8 @@ public:
     [[nodiscard]] std::span<const int> front(const DynsSupernode& node) const {
         return {mFront.data() + node.frontStart, static_cast<std::size_t>(node.frontCount)};
     }
+    /// Constraints of all fronts.
+    [[nodiscard]] std::size_t frontEntries() const { return mFront.size(); }
     /// For each constraint of a front behind the pivots, its place in the front of the parent.
     [[nodiscard]] std::span<const int> toParent(const DynsSupernode& node) const {
         return {mToParent.data() + node.mapStart,
@@ -90,8 +93,6 @@ private:
     struct Quotient;
     KitAlignedVector<int> mOwner, mHead, mTail, mWeight, mIncidenceNext, mIncidenceOf, mMark;
     KitAlignedVector<unsigned char> mEliminated;
-    struct HeapEntry {
-        int degree, constraint;
-    };
-    KitAlignedVector<HeapEntry> mHeap;
+    KitAlignedVector<int> mBuckets, mBucketTails, mBucketOf, mBucketNext,
+        mBucketPrevious; ///< by degree
 };

@@ -1,4 +1,5 @@
 #pragma once
+#include "bordered_factor.h"
 #include "elimination_tree.h"
 #include "frontal_factor.h"
 #include "row_product.h"
@@ -14,13 +15,14 @@ struct DynsConstraints;
 class DynsSparseSystem {
 public:
     /// Takes the rows, which must stand as they are until the last solve.
-    void setUp(const DynsConstraints& c);
+    /// @param pool threads to work on, null for the calling one alone
+    void setUp(const DynsConstraints& c, KitThreadPool* pool);
 
     /// x = A^-1 x in place. The factor over all rows is made by the first solve.
     void solve(KitReal* x);
-    /// column = A^-1 e_row
-    void solveUnit(KitReal* column, int row);
-    /// See DynsRowProduct::solveFreeRows(); factors the free rows.
+    /// column = A^-1 e_row for each of the rows.
+    void solveUnits(std::span<const int> rows, std::span<KitReal* const> columns);
+    /// See DynsRowProduct::solveFreeRows().
     void solveFreeRows(const int* index_set, const KitReal* b, KitReal* z, KitReal* w);
     /// y = A x
     void multiply(const KitReal* x, KitReal* y);
@@ -38,21 +40,50 @@ private:
     struct Order {
         DynsConstraintGraph graph;
         DynsEliminationTree tree;
-        DynsFrontalFactor::Cost cost; ///< over all rows
+        DynsFactorCost cost; ///< over all rows
+    };
+    struct Base {
+        DynsBorderedFactor factor;
+        long long lastUse = 0;
+    };
+    struct Choice {
+        std::size_t base;
+        bool refactor;
+        double flops;
     };
 
-    void chooseHubs();
+    /// Operations that the rows of possible hubs take at least, with each other.
+    struct HubWork {
+        double largest = 0, all = 0;
+    };
+
+    void chooseOrder();
+    HubWork listHubs();
+    void buildPlain();
+    void buildWithHubs();
+    void giveUpHubs();
+    void forgetStructure();
     [[nodiscard]] const Order& order() const { return mUsesHubs ? mWithHubs : mPlain; }
-    void factor(DynsFrontalFactor& factor, const int* index_set);
+    [[nodiscard]] DynsFactorCost cost(const int* index_set) const;
+    [[nodiscard]] double solveTime(double entries) const;
+    [[nodiscard]] Choice choose(const int* index_set) const;
     void factorAll();
-    bool refine(DynsFrontalFactor& factor, const int* index_set, const KitReal* b, KitReal* x);
+    void solveFree(Base& base, const int* index_set, KitReal* x);
+    template <typename Solve>
+    bool refine(const int* index_set, const KitReal* b, KitReal* x, Solve solve);
 
     const DynsConstraints* mRows = nullptr;
+    KitThreadPool* mPool = nullptr;
     Order mPlain, mWithHubs;
+    bool mPlainStands = false; ///< the order without hubs has been made
+    bool mHubsPay = false;     ///< for this graph, where they are exact enough
     bool mUsesHubs = false;
-    bool mAllStands = false;
-    DynsFrontalFactor mAll, mFree;
+    bool mAllStands = false, mAllPlanned = false;
+    DynsFrontalFactor mAll;
+    Base mBases[2];
+    long long mUses = 0;
     DynsRowProduct mProduct;
+    mutable KitAlignedVector<int> mCounts;                    ///< vertex: rows of an index set
     KitAlignedVector<int> mBodyRows, mHubs;                   ///< work of the choice of hubs
     KitAlignedVector<KitReal> mRight, mSolution, mCorrection; ///< work of the refinement
 };

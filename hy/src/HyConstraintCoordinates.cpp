@@ -70,7 +70,7 @@ bool HyConstraint::setControl(int i, CoordinateControlEnum control) {
         return false;
     }
     const DynConstraintControlState before = limit->currentControlState;
-    if (!DyncLimitIsActive(*limit)) // nobody has followed the parts
+    if (!measuresCoordinates() || !DyncLimitIsActive(*limit)) // nobody has followed the parts
         limit->position = DynConstraintComputeLimitPosition(mConstraint, limit);
     DynLimitSetControl(limit, stateFor(*limit, control));
     DynConstraintResetNeedKinematicUpdate(mConstraint);
@@ -87,8 +87,15 @@ HyConstraint::CoordinateControlEnum HyConstraint::getControl(int i) const {
 
 // Positions.
 
+// The joint's own rows measure its coordinates; those of a locked joint do not, and a joint within one
+// body has none.
+bool HyConstraint::measuresCoordinates() const {
+    return mEnabledInternal && !mConstraint->merged && !isLockedAll();
+}
+
 bool HyConstraint::tracksPosition(const DyncLimit& limit) const {
-    return mEnabledInternal && (DynLimitAreLimitsActive(&limit) || limit.bForceCalculatePosition);
+    return measuresCoordinates() &&
+           (DynLimitAreLimitsActive(&limit) || limit.bForceCalculatePosition);
 }
 
 HyReal HyConstraint::getCoordinateCurrentPosition(int i) const {

@@ -2,6 +2,7 @@
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
+#include <Hy/FrictionDirectionSubscriber.h>
 #include <Hy/HyCollisionRule.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
@@ -65,6 +66,7 @@ HyPart::~HyPart() {
         mConstraintsArr.back()->forgetPart(this);
     if (mUniverse)
         mUniverse->removePart(this);
+    setFrictionDirectionSubscriber(nullptr);
     DynBodyDisable(mDynBodyID);
     returnBody(mDynBodyID);
 }

@@ -2,6 +2,7 @@
 
 #include "HyCollisionRuleStore.h"
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Hy/HyFrame.h>
 #include <Hy/HyMaterialTable.h>
@@ -64,6 +65,7 @@ void HyUniverse::init(unsigned maxCollisionGeometries) {
     host.threadPool = threadPool;
     host.globalCouplingSolverGroup = globalCouplingSolverGroup;
     DynWorldSetHost(mWorld, host);
+    mUserContacts = std::make_unique<HyUserContacts>(mWorld);
     DynPartitionParametersSetGroupingMode(&mWorld->partition_parameters, kDynPartitionUserGrouping);
     DynGroupingGet(mWorld, 0);
     setMaxSimultaneousSolverCount(HyThreadGetCPUCount());
@@ -80,8 +82,10 @@ HyUniverse::~HyUniverse() {
         if (mObservers.contains(&observer)) // it may have left in the call
             unregisterObserver(&observer, true);
     });
+    deleteAllUserDynamicsContacts();
     destroyConstraints();
     destroyParts();
+    mUserContacts.reset();
     mPartVisits.end();
     mConstraintVisits.end();
     DynWorldDestroy(mWorld);
@@ -170,6 +174,7 @@ void HyUniverse::insertDynBody(DynBody* body) {
 
 void HyUniverse::removeDynBody(DynBody* body) {
     warnIfStepping("remove part");
+    mUserContacts->forget(body);
     mPartVisits.leaves(body);
     DynWorldRemoveBody(mWorld, body);
 }

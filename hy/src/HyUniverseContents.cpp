@@ -3,7 +3,6 @@
 #include <Hy/HyConstraint.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPointer.h>
-#include <Hy/HySafeWalk.h>
 #include <Hy/HyUniverseObserver.h>
 
 // How objects enter and leave a universe, and who hears of it. Observers may delete what they are
@@ -14,7 +13,7 @@ namespace Hy {
 /// One kind of member: where the universe keeps it and what observers hear of it.
 template <typename T>
 struct HyUniverse::MemberKind {
-    SortedVector<T*, HyCreationOrder> HyUniverse::*members;
+    HyWalkedObjects<T> HyUniverse::*members;
     void (HyUniverseObserver::*onAdded)(T*);
     void (HyUniverseObserver::*onRemoved)(T*);
 };
@@ -56,7 +55,7 @@ void HyUniverse::tellOfAllContents(HyUniverseObserver& observer, bool added) {
 // there.
 template <typename T>
 bool HyUniverse::addMember(const MemberKind<T>& kind, T* member) {
-    SortedVector<T*, HyCreationOrder>& members = this->*kind.members;
+    HyWalkedObjects<T>& members = this->*kind.members;
     if (!member || !members.insert(member))
         return false;
     HyUniverse* other = member->getUniverse();
@@ -87,7 +86,7 @@ T* HyUniverse::removeMember(const MemberKind<T>& kind, T* member) {
 
 template <typename T>
 void HyUniverse::destroyMembers(const MemberKind<T>& kind) {
-    const SortedVector<T*, HyCreationOrder>& members = this->*kind.members;
+    const HyWalkedObjects<T>& members = this->*kind.members;
     while (!members.empty())
         delete removeMember(kind, members[members.size() - 1]);
 }

@@ -1,63 +1,22 @@
 #include <Hy/HyUniverse.h>
 
+#include <Hy/HyConstraint.h>
+#include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
+#include <Hy/HySolverParameters.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <limits>
 #include <memory>
+#include <string>
 
-// What a universe tells about its contents: what looks unstable, and all of it.
+// What a universe tells about its contents and settings, for people to read.
 
 namespace Hy {
 namespace {
 
-/// Ratios beyond which a system is badly conditioned for the solver.
-constexpr HyReal kMaxInertiaRatio = 10000, kMaxMassRatio = 1000;
-
 bool isDynamic(const HyPart& part) {
     return part.getControl() == HyPart::kControlDynamic;
-}
-
-HyReal inertiaRatio(const HyPart& part) {
-    HyVector3 moments;
-    HyTransform axes;
-    part.getOrthogonalInertia(moments, axes);
-    const auto [least, greatest] = std::minmax_element(moments.v, moments.v + 3);
-    return *greatest / *least;
-}
-
-void verifyInertias(const HyUniverse::Parts& parts) {
-    for (HyPart* part : parts) {
-        if (!isDynamic(*part) || !(inertiaRatio(*part) > kMaxInertiaRatio))
-            continue;
-        std::fprintf(stderr,
-                     "HyUniverse::verifyUniverseContent: part (%s) has high ratio of value in its "
-                     "inertia tensor\n",
-                     part->getName().c_str());
-        std::fprintf(stderr, "   which might cause unstability. Suggested max ratio is %f.\n",
-                     kMaxInertiaRatio);
-    }
-}
-
-void verifyMasses(const HyUniverse::Parts& parts) {
-    HyReal least = std::numeric_limits<HyReal>::max(), greatest = 0;
-    for (const HyPart* part : parts) {
-        if (!isDynamic(*part))
-            continue;
-        least = std::min(least, part->getMass());
-        greatest = std::max(greatest, part->getMass());
-    }
-    const HyReal ratio = greatest / least; // 0 without a dynamic part
-    if (!(ratio > kMaxMassRatio))
-        return;
-    std::fprintf(stderr,
-                 "HyUniverse::verifyUniverseContent: Ratio of max mass on min mass is very large "
-                 "(%f)\n",
-                 ratio);
-    std::fprintf(stderr, "   and might cause unstability. Suggested max ratio is %f.\n",
-                 kMaxMassRatio);
 }
 
 const char* nameOf(HyPart::EntityControlTypeEnum control) {
@@ -109,6 +68,57 @@ void printPart(std::FILE* file, const HyPart& part) {
     printSleep(file, part);
 }
 
+const char* nameOf(HyConstraint::CoordinateControlEnum control) {
+    switch (control) {
+    case HyConstraint::kControlFree:
+        return "free";
+    case HyConstraint::kControlMotorized:
+        return "motorized";
+    case HyConstraint::kControlLocked:
+        return "locked";
+    }
+    return "?";
+}
+
+void printAttachment(std::FILE* file, const HyConstraint& constraint, int i) {
+    const HyPart* part = constraint.getPart(i);
+    HyVector3 primary, secondary;
+    constraint.getPartAttachmentAxes(i, primary, secondary);
+    std::fprintf(file, "  attachment %d to %s\n", i, part ? part->getName().c_str() : "the world");
+    printVector(file, "position", constraint.getPartAttachmentPosition(i));
+    printVector(file, "primary axis", primary);
+    printVector(file, "secondary axis", secondary);
+}
+
+void printCoordinate(std::FILE* file, const HyConstraint& constraint, int i) {
+    std::fprintf(file, "  coordinate %d = %.17g, velocity = %.17g, control = %s, force = %.17g\n",
+                 i, constraint.getCoordinateCurrentPosition(i), constraint.getCoordinateVelocity(i),
+                 nameOf(constraint.getControl(i)), constraint.getCoordinateForce(i));
+    if (constraint.isMotorized(i))
+        std::fprintf(file, "  motor velocity = %.17g, force from %.17g to %.17g\n",
+                     constraint.getMotorDesiredVelocity(i), constraint.getMotorMinimumForce(i),
+                     constraint.getMotorMaximumForce(i));
+    if (constraint.isLocked(i))
+        std::fprintf(file, "  lock position = %.17g, velocity = %.17g, force from %.17g to %.17g\n",
+                     constraint.getLockPosition(i), constraint.getLockVelocity(i),
+                     constraint.getLockMinimumForce(i), constraint.getLockMaximumForce(i));
+    if (constraint.getLimitsActive(i))
+        std::fprintf(file, "  limits from %.17g to %.17g\n",
+                     constraint.getLimitPosition(i, HyConstraint::kLimitLower),
+                     constraint.getLimitPosition(i, HyConstraint::kLimitUpper));
+}
+
+void printConstraint(std::FILE* file, const HyConstraint& constraint) {
+    std::fprintf(file, "constraint %s (%s)\n", constraint.getName().c_str(),
+                 constraint.getClassName());
+    std::fprintf(file, "  enabled = %d, acting = %d\n", constraint.isEnabled(),
+                 constraint.isEnabledInternal());
+    for (int i = 0; i < constraint.getMaxPartCount(); ++i)
+        printAttachment(file, constraint, i);
+    for (int i = 0; i < constraint.getCoordinateCount(); ++i)
+        printCoordinate(file, constraint, i);
+}
+
 void printCounts(std::FILE* file, const HyUniverse::Parts& parts) {
     int dynamic = 0, frozen = 0, asleep = 0;
     for (const HyPart* part : parts) {
@@ -121,12 +131,70 @@ void printCounts(std::FILE* file, const HyUniverse::Parts& parts) {
     std::fprintf(file, "asleep part count = %d\n", asleep);
 }
 
-} // namespace
-
-void HyUniverse::verifyUniverseContent() const {
-    verifyInertias(mParts);
-    verifyMasses(mParts);
+void printCounts(std::FILE* file, const HyUniverse::Constraints& constraints) {
+    int enabled = 0;
+    for (const HyConstraint* constraint : constraints)
+        enabled += constraint->isEnabledInternal();
+    std::fprintf(file, "enabled constraint count = %d\n\n", enabled);
 }
+
+std::string nameOfSolver(unsigned id) {
+    if (id < 2)
+        return id == 0 ? "Std" : "Iterative, blocks by Keller";
+    for (const HyConstraintSolverFactory* factory :
+         HyConstraintSolverRegistry::instance().getFactories())
+        if (HyConstraintSolverRegistry::instance().getId(factory->getName()) == id)
+            return factory->getName();
+    return "?";
+}
+
+void printSolver(std::FILE* file, const HyUniverse& universe) {
+    const HyVector3 gravity = universe.getGravity();
+    std::fprintf(file, "universe\n");
+    printVector(file, "gravity", gravity);
+    std::fprintf(file, "  auto sleep = %d, multithreaded = %d\n", universe.getAutoSleep(),
+                 universe.getDynamicsMultithreaded());
+    std::fprintf(file, "  coupling passes = %d, simultaneous solvers = %d, splitting = %d\n",
+                 universe.getSolverMaxCouplingIteration(), universe.getMaxSimultaneousSolverCount(),
+                 universe.getSolverPartitionSplitting());
+    std::fprintf(file, "  coupling group = %d, secondary size = %d, cross grouping depth = %d\n",
+                 universe.getGlobalCouplingSolverGroup(), universe.getPartitionerMaxSecondarySize(),
+                 universe.getPartitionerCrossGroupingDepth());
+}
+
+void printChoices(std::FILE* file, const HySolverParameters& group) {
+    std::fprintf(file, "solver group %d\n", group.getSolverGroup());
+    std::fprintf(file, "  constraint solver = %s, iterative from %d rows\n",
+                 nameOfSolver(group.getConstraintSolver()).c_str(),
+                 group.getIterativeSolverRowThreshold());
+    std::fprintf(file, "  stepper model = %d, linear solver = %d, geometric stiffness = %d\n",
+                 group.getStepperModel(), group.getLinearSolver(), group.getGeometricStiffness());
+    std::fprintf(file,
+                 "  strength = %d, cross grouping depth = %d, part count = %d, "
+                 "secondary group = %d\n",
+                 group.getStrength(), group.getPartitionCrossGroupingDepth(),
+                 group.getPartitionPartMaxCount(), group.getSecondarySolverGroup());
+}
+
+void printAccuracy(std::FILE* file, const HySolverParameters& group) {
+    std::fprintf(file, "  coupling passes = %d\n", group.getConstraintSolverMaxCouplingIteration());
+    std::fprintf(file, "  Std passes = %d, tolerance = %.17g\n",
+                 group.getConstraintStdSolverMaxIteration(),
+                 group.getConstraintStdSolverTolerance());
+    std::fprintf(file, "  Iterative passes = %d, tolerance = %.17g\n",
+                 group.getConstraintIterativeSolverMaxIteration(),
+                 group.getConstraintIterativeSolverTolerance());
+    std::fprintf(file, "  scaled box passes = %d, tolerance = %.17g\n",
+                 group.getScaleBoxMaxIteration(), group.getScaleBoxTolerance());
+    std::fprintf(file, "  linear compliance = %.17g, damping = %.17g, loss = %.17g\n",
+                 group.getConstraintLinearCompliance(), group.getConstraintLinearDamping(),
+                 group.getConstraintLinearKineticLoss());
+    std::fprintf(file, "  angular compliance = %.17g, damping = %.17g, loss = %.17g\n",
+                 group.getConstraintAngularCompliance(), group.getConstraintAngularDamping(),
+                 group.getConstraintAngularKineticLoss());
+}
+
+} // namespace
 
 void HyUniverse::printContent(const char* fileName) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(
@@ -138,7 +206,16 @@ void HyUniverse::printContent(const char* fileName) {
     }
     for (const HyPart* part : mParts)
         printPart(file.get(), *part);
+    for (const HyConstraint* constraint : mConstraints)
+        printConstraint(file.get(), *constraint);
     printCounts(file.get(), mParts);
+    printCounts(file.get(), mConstraints);
+    printSolver(file.get(), *this);
+    for (int i = 0; i < getSolverParametersCount(); ++i) {
+        const HySolverParameters& group = *getSolverParameters(i);
+        printChoices(file.get(), group);
+        printAccuracy(file.get(), group);
+    }
 }
 
 } // namespace Hy

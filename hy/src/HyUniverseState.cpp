@@ -5,7 +5,6 @@
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
-#include <Hy/HySafeWalk.h>
 #include <Hy/HyUniverse.h>
 #include <Hy/HyUniverseObserver.h>
 

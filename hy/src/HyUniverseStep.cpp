@@ -1,9 +1,9 @@
 #include <Hy/HyUniverse.h>
 
 #include "HySavedCoordinates.h"
+#include "HyUserContacts.h"
 
 #include <Hy/HyPart.h>
-#include <Hy/HySafeWalk.h>
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>
@@ -122,6 +122,7 @@ void HyUniverse::advanceDynamicsImpl(HyReal) {
 
 void HyUniverse::postUpdateImpl() {
     mStepping = false;
+    mUserContacts->disableAll();
     measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
 }
 

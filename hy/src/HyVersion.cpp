@@ -1,5 +1,7 @@
 #include <Hy/HyVersion.h>
 
+#include "HyVersionNumbers.h"
+
 #include <Hy/HyStringUtils.h>
 
 #include <compare>
@@ -21,9 +23,8 @@ std::string HyVersion::toDLLString() const {
     return HyStringUtils::format("%d_%d_%d", mMajor, mMinor, mPatch);
 }
 
-// The same as the project's version in CMakeLists.txt.
 HyVersion HyGetVersion() {
-    return {0, 1, 0};
+    return {kVersionMajor, kVersionMinor, kVersionPatch};
 }
 
 } // namespace Hy

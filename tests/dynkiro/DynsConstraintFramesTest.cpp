@@ -210,8 +210,8 @@ TEST(DynsConstraintFramesTest, UnitsTakeSmallPartitionsTogether) {
     EXPECT_EQ(deal({4, 2, 2}, PartitionChoice::kAll), (Counts{1, 2}));
     EXPECT_EQ(deal({9, 4, 3, 3, 1}, PartitionChoice::kAll), (Counts{1, 1, 3}));
     EXPECT_EQ(deal({2, 2, 4, 2}, PartitionChoice::kAll), (Counts{2, 1, 1}));
-    EXPECT_EQ(deal({-2, 2, -2, -4, 2, -4}, PartitionChoice::kActive), (Counts{2}));
-    EXPECT_EQ(deal({-2, -2}, PartitionChoice::kActive), Counts{});
+    EXPECT_EQ(deal({-2, 2, -2, -4, 2, -4}, PartitionChoice::kActiveShared), (Counts{2}));
+    EXPECT_EQ(deal({-2, -2}, PartitionChoice::kActiveShared), Counts{});
     EXPECT_EQ(deal({-2, -2, 7}, PartitionChoice::kAll), (Counts{2, 1}));
     for (const auto& frame : data)
         frame->destroy(&KitMemoryAPI);
@@ -367,6 +367,61 @@ TEST(DynsConstraintFramesTest, SameBitsForAnyThreadCount) {
                     EXPECT_EQ(value, alone[body * kPerBody + k]) << body;
                 }
             }
+    }
+}
+
+// An island that is most of a slice spreads over all threads, beside others that do not.
+TEST(DynsConstraintFramesTest, LargeIslandHasTheSameBitsForAnyThreadCount) {
+    constexpr int kBodies = 70, kJoints = 180, kSmall = 3;
+    const auto run = [&](unsigned threads, bool coupled) {
+        std::mt19937_64 random(98);
+        std::vector<DynsBody> bodies;
+        for (int i = 0; i < kBodies + kSmall; ++i)
+            bodies.push_back(makeRandomBody(random));
+        const auto at = [&](int i) { return &bodies[static_cast<std::size_t>(i)]; };
+        Slice slice(1.0 / 60);
+        std::vector<DynsBody*> large;
+        for (int i = 0; i < kBodies; ++i)
+            large.push_back(at(i));
+        slice.add(large, kJoints, 3 * kJoints);
+        for (int i = 0; i < kSmall; ++i)
+            slice.add({at(kBodies + i)}, 1, 2);
+        if (coupled)
+            slice.add({at(0), at(kBodies)}, 1, 2);
+        KitThreadPool pool(threads);
+        DynsHost host;
+        host.owner = &pool;
+        host.threadPool = poolOf;
+        if (threads > 0)
+            DynsConstraintFramesSetHost(slice.frames, host);
+        slice.begin(coupled ? 1 : 0);
+        const std::vector<RowValues> bounded(3,
+                                             RowValues{.lower = -5, .upper = 5, .epsilon = 1e-3});
+        for (int k = 0; k < kJoints; ++k)
+            slice.push(0, {at(k % kBodies), at((k + 1 + k / kBodies * 7) % kBodies)},
+                       randomJacobian(random, 3, 2), bounded);
+        for (int i = 0; i < kSmall; ++i)
+            slice.push(1 + i, {at(kBodies + i)}, randomJacobian(random, 2, 1),
+                       std::vector<RowValues>(2));
+        if (coupled) {
+            slice.push(1 + kSmall, {at(0), at(kBodies)}, randomJacobian(random, 2, 2),
+                       std::vector<RowValues>(2));
+            for (const int i : {0, 1, 1 + kSmall})
+                slice.passes(i, 2);
+        }
+        DynsStep(slice.frames, 1);
+        std::vector<double> forces;
+        for (const DynsBody& body : bodies) {
+            forces.insert(forces.end(), body.cf, body.cf + 3);
+            forces.insert(forces.end(), body.ct, body.ct + 3);
+        }
+        return forces;
+    };
+    for (const bool coupled : {false, true}) {
+        const std::vector<double> alone = run(0, coupled);
+        EXPECT_NE(alone[0], 0);
+        for (const unsigned threads : {1U, 2U, 5U})
+            EXPECT_EQ(run(threads, coupled), alone) << threads << (coupled ? " coupled" : "");
     }
 }
 

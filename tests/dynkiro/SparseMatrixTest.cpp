@@ -7,6 +7,7 @@
 #include <Dyns/smv_matrix.h>
 #include <Dyns/vbChol.h>
 #include <Kit/KitMemoryPool.h>
+#include <Kit/KitThreadPool.h>
 
 #include <gtest/gtest.h>
 
@@ -230,6 +231,10 @@ TEST(SparseMatrixTest, HubsAreExactAndLinear) {
             const Eigen::VectorXd b = randomVector(random, n), expected = factor.solve(b);
             Eigen::VectorXd x = b;
             m.solve(x.data(), 1);
+            m.calcJinvMJT(p.rows); // as the next step does: it knows nothing of this one
+            Eigen::VectorXd again = b;
+            m.solve(again.data(), 1);
+            EXPECT_EQ(again, x);
             const double rounding = 1e-13 / factor.rcond();
             EXPECT_LT((A * x - b).norm(), 1e-12 * A.norm() * x.norm());
             EXPECT_LT((x - expected).norm(), rounding * expected.norm());
@@ -249,6 +254,160 @@ TEST(SparseMatrixTest, HubsAreExactAndLinear) {
             EXPECT_LT(residual(freeRows).norm(), 1e-12 * A.norm() * z.norm());
             EXPECT_LT((w - residual).norm(), 1e-11 * A.norm() * z.norm());
         }
+}
+
+// A hub that cannot be moved has no inverse mass; one that has left is a body as others are.
+TEST(SparseMatrixTest, HubsThatCannotMoveOrLeave) {
+    constexpr unsigned kSeed = 39;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    auto two = RandomPartition::hub(60, 3);
+    for (int i = 31; i <= 60; ++i)
+        two[static_cast<std::size_t>(i - 1)].body1 = 61;
+    two.push_back({0, 61, 5});
+    auto one = RandomPartition::hub(30, 3);
+    one.push_back({0, 61, 5});
+    const std::vector<RandomPartition::Joint> none = {{0, 61, 5}, {3, 61, 2}};
+    bvbCholRRT m;
+    for (const auto& joints : {two, one, none, two})
+        for (const int fixed : {-1, 0, 61}) {
+            SCOPED_TRACE(testing::Message() << joints.size() << " joints, fixed " << fixed);
+            RandomPartition p(random, 62, joints);
+            const int n = p.size();
+            if (fixed >= 0) {
+                DynsBody& body = p.bodies[static_cast<std::size_t>(fixed)];
+                for (auto& row : body.inverse_massmatrix)
+                    std::fill(std::begin(row), std::end(row), 0.0);
+                for (int block = 0; block < p.rows->n_g_blocks; ++block)
+                    if (p.rows->g_bodies[block] == &body)
+                        std::fill_n(&p.rows->GM[block][0][0], 6 * p.rows->g_block_size[block], 0.0);
+            }
+            m.allocate(n);
+            m.calcJinvMJT(p.rows);
+            const Eigen::MatrixXd A = p.dense();
+            const Eigen::VectorXd b = randomVector(random, n), expected = A.llt().solve(b);
+            Eigen::VectorXd x = b;
+            m.solve(x.data(), 1);
+            EXPECT_LT((x - expected).norm(), 1e-9 * expected.norm());
+        }
+}
+
+/// Ties each node of a square net to its neighbours.
+std::vector<RandomPartition::Joint> net(int side, int rows) {
+    std::vector<RandomPartition::Joint> joints = {{0, 0, rows}};
+    for (int y = 0; y < side; ++y)
+        for (int x = 0; x < side; ++x) {
+            const int i = x + side * y;
+            if (x > 0)
+                joints.push_back({i, i - 1, rows});
+            if (y > 0)
+                joints.push_back({i, i - side, rows});
+        }
+    return joints;
+}
+
+// Sets of free rows that follow each other by a few rows are solved by a border on the factor of an
+// earlier one; whatever the order in which they come, as exactly as by a factor of their own.
+TEST(SparseMatrixTest, BordersFollowTheFreeRows) {
+    constexpr unsigned kSeed = 37;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    bvbCholRRT m;
+    for (const auto& joints : {net(15, 3), RandomPartition::hub(80, 3), net(3, 4)})
+        for (const double epsilon : {1e-2, 1e-9}) {
+            SCOPED_TRACE(testing::Message() << joints.size() << " joints, softness " << epsilon);
+            RandomPartition p(random, 225, joints);
+            const int n = p.size();
+            std::fill(p.rows->xepsilon, p.rows->xepsilon + n, epsilon);
+            m.allocate(n);
+            m.calcJinvMJT(p.rows);
+            const Eigen::MatrixXd A = p.dense();
+            std::vector<int> index(static_cast<std::size_t>(n), 0);
+            for (int& i : index)
+                i = random() % 2 == 0 ? 2 : 0;
+            const std::vector<int> first = index;
+            bvbCholRRT fresh; // which has no factor yet
+            fresh.allocate(n);
+            fresh.calcJinvMJT(p.rows);
+            int borders = 0;
+            for (int step = 0; step < 40; ++step) {
+                if (step % 10 == 9)
+                    index = first; // as a coupling pass does
+                for (int flips = static_cast<int>(random() % 7); flips > 0; --flips) {
+                    int& i = index[random() % index.size()];
+                    i = i == 0 ? 4 : 0;
+                }
+                borders += m.freeRowsFlops(index.data()) < fresh.freeRowsFlops(index.data());
+                Eigen::VectorXd z = randomVector(random, n), w(n), expected = z;
+                const Eigen::VectorXd b = randomVector(random, n);
+                std::vector<int> freeRows;
+                for (int i = 0; i < n; ++i)
+                    if (index[static_cast<std::size_t>(i)] == 0) {
+                        freeRows.push_back(i);
+                        expected[i] = 0;
+                    }
+                const Eigen::VectorXd right = (b - A * expected)(freeRows);
+                const Eigen::LLT<Eigen::MatrixXd> factor(A(freeRows, freeRows));
+                const Eigen::VectorXd x = factor.solve(right);
+                expected(freeRows) = x;
+                ASSERT_TRUE(m.solveFreeRows(index.data(), b.data(), z.data(), w.data()));
+                const double rounding = 1e-13 / factor.rcond();
+                EXPECT_LT((z - expected).norm(), rounding * expected.norm());
+                const Eigen::VectorXd residual = A * z - b;
+                EXPECT_LT(residual(freeRows).norm(), 1e-12 * A.norm() * z.norm());
+                EXPECT_LT((w - residual).norm(), 1e-11 * A.norm() * z.norm());
+            }
+            if (joints.size() > 400) { // large enough to pay
+                EXPECT_GT(borders, 20);
+            }
+        }
+}
+
+// Any number of threads gives the same bits, in the factor, in solutions and in columns.
+TEST(SparseMatrixTest, ThreadsDoNotChangeBits) {
+    constexpr unsigned kSeed = 38;
+    SCOPED_TRACE(kSeed);
+    std::mt19937_64 random(kSeed);
+    auto hubs = net(18, 3);
+    for (int i = 1; i < 60; ++i)
+        hubs.push_back({5 * i, 0, 3});
+    for (const auto& joints : {net(18, 3), hubs, RandomPartition::anyGraph(random, 120, 200)}) {
+        RandomPartition p(random, 18 * 18, joints);
+        const int n = p.size();
+        const Eigen::VectorXd b = randomVector(random, n);
+        std::vector<int> rows, index;
+        for (int i = 0; i < n; ++i)
+            index.push_back(i % 5 == 0 ? 2 : 0);
+        for (int i = 0; i < n; i += 1 + n / 30)
+            rows.push_back(i);
+        const auto solve = [&](KitThreadPool* pool) {
+            bvbCholRRT m;
+            m.thread_pool = pool;
+            m.allocate(n);
+            m.calcJinvMJT(p.rows);
+            EXPECT_GT(m.pendingFactorFlops(), 2e6) << "too little to be split";
+            std::vector<double> results(b.begin(), b.end());
+            m.solve(results.data(), 1);
+            m.prepareColumns(rows);
+            for (const int row : rows) {
+                const double* column = m.inverseColumn(row);
+                results.insert(results.end(), column, column + n);
+            }
+            std::vector<double> z(static_cast<std::size_t>(n), 1), w(z.size());
+            for (const int flip : {0, 1, 7}) {
+                index[static_cast<std::size_t>(flip)] = 2 - index[static_cast<std::size_t>(flip)];
+                m.solveFreeRows(index.data(), b.data(), z.data(), w.data());
+                results.insert(results.end(), z.begin(), z.end());
+                index[static_cast<std::size_t>(flip)] = 2 - index[static_cast<std::size_t>(flip)];
+            }
+            return results;
+        };
+        const std::vector<double> alone = solve(nullptr);
+        for (const unsigned threads : {1U, 2U, 5U}) {
+            KitThreadPool pool(threads);
+            EXPECT_EQ(solve(&pool), alone) << threads;
+        }
+    }
 }
 
 // Both roads of a pass, over the tight rows and over the free ones, end at the same point.

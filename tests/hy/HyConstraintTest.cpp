@@ -143,6 +143,9 @@ TEST_F(HyConstraintTest, ControlBeginsAtThePresentPosition) {
     const HyReal position = hinge.getCoordinateCurrentPosition(0);
     hinge.resetDynamics();
     EXPECT_NEAR(hinge.getCoordinateCurrentPosition(0), position + 0.6 / 60, 1e-6);
+    hinge.lockAll(true);
+    part.setOrientationQuaternion(HyQuaternion(1, 0, 0, 0));
+    EXPECT_NEAR(hinge.getCoordinateCurrentPosition(0), 0, 1e-9) << "the lock measures no angle";
 }
 
 TEST_F(HyConstraintTest, BadCallsAreToldAndChangeNothing) {

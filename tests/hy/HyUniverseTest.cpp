@@ -1,6 +1,9 @@
 #include "FrameFixture.h"
 
+#include <Hy/HyBallAndSocket.h>
+#include <Hy/HyHinge.h>
 #include <Hy/HyPart.h>
+#include <Hy/HySolverParameters.h>
 #include <Hy/HyUniverseObserver.h>
 #include <Hy/HyUniverseState.h>
 
@@ -327,9 +330,28 @@ TEST_F(HyUniverseTest, ReportsWhatLooksUnstable) {
     heavy->setMass(1000);
     EXPECT_EQ(report(), "");
     heavy->setMass(2000);
-    EXPECT_EQ(report(), "HyUniverse::verifyUniverseContent: Ratio of max mass on min mass is very "
-                        "large (2000.000000)\n"
-                        "   and might cause unstability. Suggested max ratio is 1000.000000.\n");
+    const std::string masses =
+        "HyUniverse::verifyUniverseContent: Ratio of max mass on min mass is very large "
+        "(2000.000000)\n"
+        "   and might cause unstability. Suggested max ratio is 1000.000000.\n";
+    EXPECT_EQ(report(), masses);
+
+    HyPart* const ends[][2] = {{heavy, light}, {heavy, nullptr}, {light, still}};
+    for (auto [first, second] : ends) {
+        auto* joint = new HyBallAndSocket(first, second, HyVector3(0, 0, 0));
+        joint->setName("joint");
+        universe->addConstraint(joint);
+        const bool isUneven = first == heavy && second == light;
+        EXPECT_EQ(report(),
+                  masses + (isUneven
+                                ? "HyUniverse::verifyUniverseContent: constraint joint (between "
+                                  "parts heavy and light) has high ratio \n"
+                                  "   between its parts' masses which might cause unstability. "
+                                  "Suggested max ratio is 1000.000000.\n"
+                                : ""));
+        universe->destroyConstraint(joint);
+    }
+
     heavy->setMass(1);
     const HyReal flat[3][3] = {{1, 0, 0}, {0, 1e5, 0}, {0, 0, 1e5}};
     light->setMassAndInertia(1, flat);
@@ -341,14 +363,28 @@ TEST_F(HyUniverseTest, ReportsWhatLooksUnstable) {
 
 TEST_F(HyUniverseTest, PrintsItsContent) {
     addPart("falling")->freeze(true);
-    addPart("resting");
+    auto* hinge = new HyHinge(addPart("resting"), nullptr, HyVector3(1, 0, 0), HyVector3(0, 1, 0));
+    hinge->setName("hinge");
+    universe->addConstraint(hinge);
+    universe->addConstraint(new HyBallAndSocket(nullptr, nullptr, HyVector3(0, 0, 0)));
+    hinge->setMotorParameters(0, 3, 7, 0);
+    hinge->setControl(0, HyConstraint::kControlMotorized);
+    hinge->enable(true);
+    universe->getSolverParameters(1)->setConstraintSolver(1);
     frame->step();
     const std::string name = testing::TempDir() + "HyUniverseContent.txt";
     universe->printContent(name.c_str());
     std::ifstream file(name);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    for (const char* part : {"part falling\n", "part resting\n", "dynamic part count = 2\n",
-                             "frozen part count = 1\n", "asleep part count = 0\n"})
+    for (const char* part :
+         {"part falling\n", "part resting\n", "constraint hinge (HyHinge)\n",
+          "attachment 0 to resting\n",
+          "attachment 1 to the world\n  position = (1, 0, 0)\n  primary axis = (0, 1, 0)\n",
+          "control = motorized", "motor velocity = 3, force from -7 to 7\n",
+          "dynamic part count = 2\n", "frozen part count = 1\n", "asleep part count = 0\n",
+          "enabled constraint count = 1\n\n", "gravity = (0, 0, -9.8066",
+          "solver group 0\n  constraint solver = Std",
+          "solver group 1\n  constraint solver = Iterative"})
         EXPECT_NE(text.find(part), std::string::npos) << part << "in:\n" << text;
     std::remove(name.c_str());
     for (const char* bad : {static_cast<const char*>(nullptr), "/no/such/folder/file"}) {

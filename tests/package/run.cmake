@@ -10,18 +10,19 @@ file(REMOVE_RECURSE ${WORK})
 run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/prefix)
 run(${CMAKE_COMMAND} -S ${SOURCE}/consumer -B ${WORK}/consumer -DCMAKE_PREFIX_PATH=${WORK}/prefix)
 run(${CMAKE_COMMAND} --build ${WORK}/consumer)
-run(${WORK}/consumer/consumer)
-
 file(GLOB_RECURSE pc ${WORK}/prefix/halcyr.pc)
 cmake_path(GET pc PARENT_PATH pcfolder)
 set(ENV{PKG_CONFIG_PATH} ${pcfolder})
 execute_process(COMMAND pkg-config --cflags --libs halcyr
   OUTPUT_VARIABLE flags OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(flags)
+execute_process(COMMAND pkg-config --modversion halcyr
+  OUTPUT_VARIABLE version OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+run(${WORK}/consumer/consumer ${version})
 run(c++ -std=c++20 ${SOURCE}/consumer/consumer.cpp ${flags} -o ${WORK}/consumer-pc)
 cmake_path(GET pcfolder PARENT_PATH libfolder)
 set(ENV{LD_LIBRARY_PATH} ${libfolder})
-run(${WORK}/consumer-pc)
+run(${WORK}/consumer-pc ${version})
 
 file(GLOB library ${libfolder}/libhalcyr.so)
 execute_process(COMMAND readelf -d ${library} OUTPUT_VARIABLE dynamic COMMAND_ERROR_IS_FATAL ANY)

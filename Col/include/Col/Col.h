@@ -2,6 +2,7 @@
 // Everything of this layer, for applications.
 
 #include <Col/ColContact.h>
+#include <Col/ColEach.h>
 #include <Col/ColFrame.h>
 #include <Col/ColGeometry.h>
 #include <Col/ColInteractions.h>
@@ -12,6 +13,8 @@
 #include <Col/ColModel.h>
 #include <Col/ColModelFunctions.h>
 #include <Col/ColModelPair.h>
+#include <Col/ColModelPairContainer.h>
 #include <Col/ColRequest.h>
 #include <Col/ColScratch.h>
 #include <Col/ColSimplify.h>
+#include <Col/ColuRequestTable.h>

@@ -11,6 +11,7 @@
 #include <Dyn/DynConeLimit.h>
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynConstraintLinks.h>
+#include <Dyn/DynContact.h>
 #include <Dyn/DynCylindrical.h>
 #include <Dyn/DynDistance.h>
 #include <Dyn/DynDoubleHinge.h>

@@ -3,11 +3,13 @@
 #include <Kit/KitTypes.h>
 
 #include <limits>
+#include <span>
 
 struct DynsConstraints;
 struct DynsLCPSolverParameters;
 class KitMemoryHandler;
 class KitMemoryPool;
+class KitThreadPool;
 
 /// Values of LCPMatrix::flags.
 enum LCPMatrixFlag : int {
@@ -31,7 +33,11 @@ public:
     int ild = 0;                       ///< leading dimension of inverse
     int solver_error = 0;
     KitMemoryHandler* memory_handler = nullptr; ///< not owned
+    KitThreadPool* thread_pool = nullptr;       ///< not owned; null works on the calling thread
     int flags = 0;
+
+    /// An operation of a solve takes as long as so many of a factorisation: it waits for memory.
+    static constexpr double kSolveWeight = 4;
 
     virtual void allocate(int rows) = 0;
     virtual void destroy() = 0;
@@ -61,11 +67,15 @@ public:
     /// reset. Counts in column_solved.
     [[nodiscard]] virtual const KitReal* inverseColumn(int j) = 0;
 
+    /// Makes these columns of the inverse together, where that is cheaper than one by one.
+    virtual void prepareColumns(std::span<const int> rows) { (void)rows; }
+
     /// Operations of one solve() with the full factor, an estimate.
     [[nodiscard]] virtual double solveFlops() const { return 2.0 * n * n; }
     /// Operations still to be done before the first solve; 0 once the factor stands.
     [[nodiscard]] virtual double pendingFactorFlops() const { return 0; }
-    /// Operations of solveFreeRows() with this index set, an estimate; infinite without that road.
+    /// Operations of solveFreeRows() with this index set, those of a solve by their weight, an
+    /// estimate; infinite without that road.
     [[nodiscard]] virtual double freeRowsFlops(const int* index_set) const {
         (void)index_set;
         return std::numeric_limits<double>::infinity();

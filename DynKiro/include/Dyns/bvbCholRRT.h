@@ -8,7 +8,8 @@
 /// pivot that is not positive takes its place. All operations answer in the natural order of the rows.
 ///
 /// The factor over all rows is made when it is first needed; solveFreeRows() factors the free rows
-/// alone.
+/// alone, or borders the factor of a set near to theirs. A thread_pool serves large systems; results
+/// do not depend on it.
 class HY_API bvbCholRRT : public LCPMatrix {
 public:
     bvbCholRRT();
@@ -32,6 +33,7 @@ public:
     [[nodiscard]] KitReal getDiagInv(int i) const override;
     [[nodiscard]] const char* get_name() const override;
     [[nodiscard]] const KitReal* inverseColumn(int j) override;
+    void prepareColumns(std::span<const int> rows) override;
     [[nodiscard]] double solveFlops() const override;
     [[nodiscard]] double pendingFactorFlops() const override;
     [[nodiscard]] double freeRowsFlops(const int* index_set) const override;

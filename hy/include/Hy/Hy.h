@@ -2,6 +2,7 @@
 // The high layer, for applications.
 #include <Hy/ConstraintAccessors.h>
 #include <Hy/Find.h>
+#include <Hy/FrictionDirectionSubscriber.h>
 #include <Hy/HyAngular1Position3.h>
 #include <Hy/HyAngular2Position3.h>
 #include <Hy/HyAngular3.h>
@@ -14,6 +15,7 @@
 #include <Hy/HyConstraintAttachment.h>
 #include <Hy/HyConstraintController.h>
 #include <Hy/HyConstraintFriction.h>
+#include <Hy/HyConstraintFrictionDirectionSub.h>
 #include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyContactMaterial.h>
@@ -22,9 +24,12 @@
 #include <Hy/HyDistanceJoint.h>
 #include <Hy/HyDistanceJointState.h>
 #include <Hy/HyDoubleHinge.h>
+#include <Hy/HyDynamicsContact.h>
+#include <Hy/HyDynamicsContactInput.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyFrameLock.h>
 #include <Hy/HyFrameStepperOption.h>
+#include <Hy/HyFrictionDirectionToAxisSub.h>
 #include <Hy/HyGenericConstraint.h>
 #include <Hy/HyHinge.h>
 #include <Hy/HyHomokinetic.h>
@@ -49,4 +54,5 @@
 #include <Hy/HyUniverse.h>
 #include <Hy/HyUniverseObserver.h>
 #include <Hy/HyUniverseState.h>
+#include <Hy/HyVersion.h>
 #include <Hy/HyVector3.h>

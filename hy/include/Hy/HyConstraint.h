@@ -332,6 +332,7 @@ private:
     [[nodiscard]] const ConstraintEquation* findEquation(int e) const;
     [[nodiscard]] DyncLimit* silentCoordinateAt(int i) const;
     [[nodiscard]] bool mayAct() const;
+    [[nodiscard]] bool measuresCoordinates() const;
     [[nodiscard]] bool tracksPosition(const DyncLimit& limit) const;
     void wakePartsIf(bool inUse) const;
     void noteVelocity(HyReal velocity);

@@ -6,9 +6,12 @@
 #include <Hy/HyMassProperties.h>
 #include <Hy/HyTransform.h>
 
+#include <memory>
+
 struct DynBody;
 
 namespace Hy {
+class FrictionDirectionSubscriber;
 class HyConstraint;
 class HyPartState;
 class HyUniverse;
@@ -263,6 +266,14 @@ public:
     /// of range.
     [[nodiscard]] HyConstraint* getConstraint(int i) const;
 
+    // Contacts.
+
+    /// Lets a subscriber aim the friction of the part's contacts; null ends that. Of two parts in
+    /// contact the first one's subscriber is asked, if it has one.
+    /// @param subscriber owned by the part from now on; the one so far is deleted
+    void setFrictionDirectionSubscriber(FrictionDirectionSubscriber* subscriber);
+    [[nodiscard]] FrictionDirectionSubscriber* getFrictionDirectionSubscriber() const;
+
     // State.
 
     /// What restoreState() puts back. Owned by the caller.
@@ -322,6 +333,7 @@ private:
     HyMassProperties mMassProperties;
     HyVector3 mFastSpinAxis{0, 0, 1};       ///< relative
     HyArray<HyConstraint*> mConstraintsArr; ///< each once
+    std::unique_ptr<FrictionDirectionSubscriber> mFrictionDirectionSubscriber;
     HyUniverse* mUniverse = nullptr;
     EntityControlTypeEnum mControlType = kControlAnimated;     ///< asked for
     EntityControlTypeEnum mInternalControl = kControlAnimated; ///< in force

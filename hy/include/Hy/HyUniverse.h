@@ -1,7 +1,7 @@
 #pragma once
 #include <Hy/HyCallbackList.h>
 #include <Hy/HyEnabledListIterator.h>
-#include <Hy/SortedVector.h>
+#include <Hy/HySafeWalk.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
 
@@ -17,11 +17,13 @@ class HyCollisionRule;
 class HyCollisionRuleStore;
 class HyConstraint;
 class HyContactMaterial;
+class HyDynamicsContact;
 class HyMaterial;
 class HyMaterialTable;
 class HyPart;
 class HySolverParameters;
 class HyUniverseObserver;
+class HyUserContacts;
 struct HySavedCoordinates;
 class HyUniverseState;
 
@@ -32,8 +34,8 @@ class HyUniverseState;
 /// while it is stepping: such a call is warned of and carried out.
 class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
-    using Parts = SortedVector<HyPart*, HyCreationOrder>;
-    using Constraints = SortedVector<HyConstraint*, HyCreationOrder>;
+    using Parts = HyWalkedObjects<HyPart>;
+    using Constraints = HyWalkedObjects<HyConstraint>;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
@@ -140,6 +142,26 @@ public:
     void removeCollisionRules();
     /// In the order of HyCollisionRule::operator<, equivalent ones in the order of adding.
     [[nodiscard]] const std::vector<HyCollisionRule>& getCollisionRules() const;
+
+    // Contacts that the application makes. One acts through one step, and is then disabled until
+    // HyDynamicsContact::enableContact() lets it act through the next.
+
+    /// An enabled contact, owned by the universe. It has surface 0: give a compliant one its share.
+    /// @param part1,part2 null stands for the world; one of them must be a dynamic part that is not
+    ///   frozen, and none in another universe. Otherwise a warning, and null
+    /// @param contactMaterial is copied; null: that of the default material with itself
+    /// @param position,normal world axes; the normal points towards part 1. Not finite, or a normal of
+    ///   zero: a warning, and null
+    /// @param penetration m
+    HyDynamicsContact* createUserDynamicsContact(HyPart* part1, HyPart* part2,
+                                                 const HyContactMaterial* contactMaterial,
+                                                 const HyVector3& position, const HyVector3& normal,
+                                                 HyReal penetration);
+    /// Nothing for a contact that is not here. In the middle of a solve: a warning, and it stays.
+    void deleteUserDynamicsContact(HyDynamicsContact* contact);
+    void deleteAllUserDynamicsContacts();
+    /// In the order of making.
+    [[nodiscard]] const HyArray<HyDynamicsContact*>& getUserDynamicsContacts() const;
 
     // Observers and subscribers; not owned.
 
@@ -323,6 +345,7 @@ private:
     std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
     HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
+    std::unique_ptr<HyUserContacts> mUserContacts;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
     unsigned mCollisionGeometriesMaxCount = 0;

@@ -1,10 +1,13 @@
 // An outside project: drops a part for one second and compares with the recurrence of the integrator.
+// The library must be of the version that is given.
 #include <Hy/Hy.h>
 
 #include <cmath>
 #include <cstdio>
 
-int main() {
+int main(int argc, char** argv) {
+    if (argc != 2 || Hy::HyGetVersion().toString() != argv[1])
+        return 1;
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     Hy::HyUniverse& universe = frame->getUniverse();
     auto* part = new Hy::HyPart(2.0);

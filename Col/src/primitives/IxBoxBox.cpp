@@ -1,0 +1,89 @@
+#include "ColPrimitivePairs.h"
+
+#include <Col/ColBox.h>
+
+#include "../math/BoxBoxIntersect.h"
+#include "IxPair.h"
+
+namespace {
+
+/// Contacts where the face of one box that looks towards a face of the other lies over it.
+/// @param reference,incident world frames of the box whose face won the test and of the other
+/// @param incidentSurface index of the incident box, on whose face the points lie
+/// @return false if the incident face can't stand for its box
+bool addFaceContacts(IxContacts<>* contacts, const OverlapAxis& overlap, const lsVec3& worldNormal,
+                     int axis, KitReal sign, const lsTransform& reference,
+                     const lsVec3& referenceRadii, const lsTransform& incident,
+                     const lsVec3& incidentRadii, int incidentSurface) noexcept {
+    FaceClipPoint points[8];
+    const int count = ClipIncidentFace(points, referenceRadii, axis, sign, incidentRadii,
+                                       IxRelative(incident, reference));
+    for (int i = 0; i < count; ++i)
+        if (points[i].separation <= kIxKeptShare * overlap.separation)
+            contacts->add(reference.transform(points[i].position), worldNormal,
+                          points[i].separation, overlap.dims, incidentSurface);
+    return contacts->count() > 0;
+}
+
+/// Contacts from all edges of both boxes. Each point's depth is its own below the face that won; of
+/// crossed edges, below the top of box 2.
+void addEdgeContacts(IxContacts<>* contacts, const OverlapAxis& overlap, const lsVec3& worldNormal,
+                     const IxPairFrame& frame, const lsTransform& t12, const lsVec3& r1,
+                     const lsVec3& r2) noexcept {
+    CandidateList list;
+    BoxBoxIntersect(&list, t12, r1, r2);
+    for (int i = 0; i < list.count; ++i) {
+        const KitReal height = overlap.normal.dot(list.points[i]);
+        const KitReal separation =
+            OverlapIsFaceOf1(overlap.code) ? overlap.plane1 - height : height - overlap.plane2;
+        if (separation <= kIxKeptShare * overlap.separation)
+            contacts->add(frame.tm1.transform(list.points[i]), worldNormal, separation,
+                          overlap.dims, list.surfaces[i]);
+    }
+}
+
+} // namespace
+
+int ColBoxBoxIntersect(ColModelPair* pair, ColIntersectResult* result) {
+    const IxPairFrame frame(*pair);
+    const lsVec3& r1 = IxGeometry<ColBox>(pair->model1).mR;
+    const lsVec3& r2 = IxGeometry<ColBox>(pair->model2).mR;
+    const lsTransform t12 = IxRelative(frame.tm2, frame.tm1);
+    OverlapAxis overlap;
+    if (!overlapOBBs(&overlap, frame.eps, r1, r2, t12))
+        return IxNoContact(result);
+    if (IxMaxContacts(*pair, *result) == 0)
+        return IxTouchOnly(result);
+
+    const lsVec3 normal = frame.tm1.transformWithoutTranslate(overlap.normal);
+    IxContacts<> contacts;
+    bool found = false;
+    if (OverlapIsFaceOf1(overlap.code)) {
+        const int axis = overlap.code - kOverlapFace1;
+        found = addFaceContacts(&contacts, overlap, normal, axis, -overlap.normal[axis], frame.tm1,
+                                r1, frame.tm2, r2, kColSurfaceModel2);
+    } else if (OverlapIsFaceOf2(overlap.code)) {
+        const int axis = overlap.code / 4;
+        const KitReal sign = overlap.normal.dot(t12.axis(axis)) > 0 ? 1 : -1;
+        found = addFaceContacts(&contacts, overlap, normal, axis, sign, frame.tm2, r2, frame.tm1,
+                                r1, kColSurfaceModel1);
+    }
+    if (!found)
+        addEdgeContacts(&contacts, overlap, normal, frame, t12, r1, r2);
+    return contacts.simplifyInto(result, normal);
+}
+
+void ColBoxBoxSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult* result) {
+    const IxPairFrame frame(*pair);
+    const auto &box1 = IxGeometry<ColBox>(pair->model1), &box2 = IxGeometry<ColBox>(pair->model2);
+    OverlapAxis overlap;
+    overlapOBBs(&overlap, frame.eps, box1.mR, box2.mR, IxRelative(frame.tm2, frame.tm1));
+    IxSafeTime(*pair, frame.tm1.transformWithoutTranslate(overlap.normal), overlap.separation,
+               box1.mBoundingRadius, box2.mBoundingRadius, maxTime, result);
+}
+
+void ColBoxBoxRegisterInteraction() {
+    ColInteractionTableSetElement(
+        kColBox, kColBox, {.intersectFn = ColBoxBoxIntersect, .safetimeFn = ColBoxBoxSafeTime},
+        nullptr);
+}

@@ -1,0 +1,29 @@
+#include <Hy/HyPart.h>
+
+#include <Dyn/DynBody.h>
+#include <Hy/FrictionDirectionSubscriber.h>
+#include <Hy/HyDynamicsContactInput.h>
+
+namespace Hy {
+
+namespace {
+
+void notifySubscriber(DynBaseConstraint* firstContact, DynBody* body, void* subscriber) {
+    HyDynamicsContactInput input(firstContact);
+    static_cast<FrictionDirectionSubscriber*>(subscriber)->notify(body->mPart, &input);
+}
+
+} // namespace
+
+void HyPart::setFrictionDirectionSubscriber(FrictionDirectionSubscriber* subscriber) {
+    if (subscriber == mFrictionDirectionSubscriber.get())
+        return;
+    DynBodySetFrictionDirectionCB(mDynBodyID, subscriber ? notifySubscriber : nullptr, subscriber);
+    mFrictionDirectionSubscriber.reset(subscriber);
+}
+
+FrictionDirectionSubscriber* HyPart::getFrictionDirectionSubscriber() const {
+    return mFrictionDirectionSubscriber.get();
+}
+
+} // namespace Hy
