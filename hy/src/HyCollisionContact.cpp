@@ -1,38 +1,43 @@
 #include <Hy/HyCollisionContact.h>
 
+#include <Col/ColContact.h>
+#include <Col/ColModel.h>
+#include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyGeometry.h>
+#include <Hy/HyMaterial.h>
 #include <Hy/HyMessage.h>
 
-#include <Col/ColContact.h>
-#include <Col/ColModelFunctions.h>
-#include <Col/ColSimplify.h>
-
 #include <cmath>
+#include <cstdint>
 
 namespace Hy {
 namespace {
 
-HyVector3 vectorOf(const lsVec3& v) {
-    return HyVector3(v.v);
+HyCollisionGeometry* geometryOf(const ColModel* own, const ColModel* pairs) {
+    const ColModel* model = own ? own : pairs;
+    return model ? model->mCollisionGeometry : nullptr;
 }
 
-HyCollisionGeometry* geometryOf(const ColModel* model) {
-    return model ? ColModelGetCollisionGeometry(model) : nullptr;
+HyMaterial* materialOf(const HyCollisionGeometry* geometry, int element) {
+    return geometry ? geometry->getMaterial(element) : nullptr;
+}
+
+int indexOf(const HyMaterial* material) {
+    return material ? material->getIndex() : 0;
 }
 
 } // namespace
 
 void HyCollisionContact::getNormal(HyVector3& normal) const {
-    normal = vectorOf(m_pColContact->normal);
+    normal = HyVector3(m_pColContact->normal.v);
 }
 
 void HyCollisionContact::getPosition(HyVector3& position, int modelIndex) const {
-    if (modelIndex != 0 && modelIndex != 1 && getSurfaceIndex() != kColSurfaceNone) {
-        HyWarning(0, "HyCollisionContact::getPosition: modelIndex must be 0 or 1.\n");
-        return;
-    }
-    lsVec3 point;
-    ColContactGetPosition(m_pColContact, modelIndex, &point);
-    position = vectorOf(point);
+    const ColContact& contact = *m_pColContact;
+    lsVec3 point = contact.position;
+    if (contact.surfaceIndex != kColSurfaceNone && contact.surfaceIndex != modelIndex)
+        point += contact.normal * (modelIndex == 0 ? contact.separation : -contact.separation);
+    position = HyVector3(point.v);
 }
 
 HyReal HyCollisionContact::getPenetration() const {
@@ -40,22 +45,21 @@ HyReal HyCollisionContact::getPenetration() const {
 }
 
 void HyCollisionContact::setPenetration(HyReal penetration) {
-    if (!std::isfinite(penetration)) {
-        HyWarning(0, "HyCollisionContact::setPenetration: penetration must be finite.\n");
-        return;
-    }
-    m_pColContact->separation = -penetration;
+    if (std::isfinite(penetration))
+        m_pColContact->separation = -penetration;
+    else
+        HyWarning(0, "HyCollisionContact::setPenetration: the penetration must be finite.\n");
 }
 
-void HyCollisionContact::getDimensions(int& dimension1, int& dimension2) const {
+void HyCollisionContact::getDimensions(int& d1, int& d2) const {
     const auto dims = static_cast<std::uint16_t>(m_pColContact->dims);
-    dimension1 = dims & 0xFF;
-    dimension2 = dims >> 8;
+    d1 = dims & 0xFF;
+    d2 = dims >> 8;
 }
 
-void HyCollisionContact::getIndices(int& index1, int& index2) const {
-    index1 = getIndex1();
-    index2 = getIndex2();
+void HyCollisionContact::getIndices(int& i1, int& i2) const {
+    i1 = getIndex1();
+    i2 = getIndex2();
 }
 
 int HyCollisionContact::getIndex1() const {
@@ -67,15 +71,48 @@ int HyCollisionContact::getIndex2() const {
 }
 
 int HyCollisionContact::getSurfaceIndex() const {
-    return m_pColContact->surfaceIndex;
+    return static_cast<std::uint16_t>(m_pColContact->surfaceIndex);
 }
 
 HyCollisionGeometry* HyCollisionContact::getCollisionGeometry1() const {
-    return geometryOf(m_pColContact->model1);
+    return geometryOf(m_pColContact->model1, m1);
 }
 
 HyCollisionGeometry* HyCollisionContact::getCollisionGeometry2() const {
-    return geometryOf(m_pColContact->model2);
+    return geometryOf(m_pColContact->model2, m2);
+}
+
+void HyCollisionContact::getMaterials(HyMaterial*& material1, HyMaterial*& material2) const {
+    material1 = getMaterial1();
+    material2 = getMaterial2();
+}
+
+HyMaterial* HyCollisionContact::getMaterial1() const {
+    return materialOf(getCollisionGeometry1(), getIndex1());
+}
+
+HyMaterial* HyCollisionContact::getMaterial2() const {
+    return materialOf(getCollisionGeometry2(), getIndex2());
+}
+
+void HyCollisionContact::getMaterialIndices(int& index1, int& index2) const {
+    index1 = getMaterialIndex1();
+    index2 = getMaterialIndex2();
+}
+
+int HyCollisionContact::getMaterialIndex1() const {
+    return indexOf(getMaterial1());
+}
+
+int HyCollisionContact::getMaterialIndex2() const {
+    return indexOf(getMaterial2());
+}
+
+bool HyCollisionContact::isOfExactClassType(int model, int classType) const {
+    const HyCollisionGeometry* geometry =
+        model == 1 ? getCollisionGeometry1() : getCollisionGeometry2();
+    const HyGeometry* shape = geometry ? geometry->getGeometry() : nullptr;
+    return shape && shape->HyBaseUserData::isOfExactClassType(classType);
 }
 
 } // namespace Hy

@@ -1,5 +1,6 @@
 #include <Hy/HyCollisionRule.h>
 
+#include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyPart.h>
 
 #include <algorithm>
@@ -43,8 +44,20 @@ Target::Target(HyPart* namedPart) : part(namedPart) {
         serials[kPart] = namedPart->getSerial();
 }
 
+Target::Target(HyCollisionGeometry* namedGeometry) : collisionGeometry(namedGeometry) {
+    if (namedGeometry)
+        serials[kGeometry] = namedGeometry->getSerial();
+}
+
 Target Target::chainOf(HyPart* part) {
     return Target(part);
+}
+
+Target Target::chainOf(HyCollisionGeometry* geometry) {
+    Target chain = chainOf(geometry->getPart());
+    chain.collisionGeometry = geometry;
+    chain.serials[kGeometry] = geometry->getSerial();
+    return chain;
 }
 
 bool Target::operator<(const Target& other) const {

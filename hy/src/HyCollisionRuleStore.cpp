@@ -1,5 +1,6 @@
 #include "HyCollisionRuleStore.h"
 
+#include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyPart.h>
 
 #include <algorithm>
@@ -10,9 +11,12 @@ namespace {
 /// Calls with each object that a rule names.
 template <typename Call>
 void forEachObject(const HyCollisionRule& rule, Call call) {
-    for (const HyCollisionRule::Target* target : {&rule.first(), &rule.second()})
+    for (const HyCollisionRule::Target* target : {&rule.first(), &rule.second()}) {
+        if (target->collisionGeometry)
+            call(target->collisionGeometry);
         if (target->part)
             call(target->part);
+    }
 }
 
 bool hasObject(const HyCollisionRule& rule, const HyBase* object) {

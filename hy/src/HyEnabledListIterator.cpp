@@ -1,11 +1,13 @@
 #include <Hy/HyEnabledListIterator.h>
 
 #include <Hy/HyConstraint.h>
+#include <Hy/HyDynamicsContact.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyUniverse.h>
 
 #include <Dync/DynBaseConstraint.h>
+#include <Dync/DynContactRecord.h>
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
 
@@ -21,11 +23,11 @@ bool isListed(const Record* record) {
 }
 
 /// What differs between the lists.
-template <class Record>
+template <class Object>
 struct List;
 
 template <>
-struct List<DynBody> {
+struct List<HyPart> {
     static constexpr const char* kVisitAborted =
         "HyUniverse::DynamicPartIterator: part should not be disabled or removed from the universe "
         "while iterating them. Visit is aborted\n";
@@ -39,7 +41,7 @@ struct List<DynBody> {
 };
 
 template <>
-struct List<DynBaseConstraint> {
+struct List<HyConstraint> {
     static constexpr const char* kVisitAborted =
         "HyUniverse::EnabledConstraintsIterator: constraint should not be disabled or removed from "
         "the universe while iterating them. Visit is aborted\n";
@@ -51,13 +53,28 @@ struct List<DynBaseConstraint> {
     }
 };
 
+template <>
+struct List<HyDynamicsContact> {
+    static constexpr const char* kVisitAborted =
+        "HyUniverse::DynamicsContactIterator: contact should not be disabled or removed from the "
+        "universe while iterating them. Visit is aborted\n";
+    static DynBaseConstraint* head(const DynWorld& world) { return world.enabledConstraintHead; }
+    static int size(const DynWorld& world) { return world.nEnabledConstraints; }
+    static HyDynamicsContact* object(DynBaseConstraint& record) {
+        return HyDynamicsContact::fromDynContact(static_cast<DynContact*>(&record));
+    }
+    static bool isVisited(const DynBaseConstraint& record) {
+        return record.bclH.tag == kDynTagContact;
+    }
+};
+
 } // namespace
 
 template <class Record, class Object>
 HyEnabledListIterator<Record, Object>::HyEnabledListIterator(Visits& visits, const DynWorld& world)
-    : mRemaining(List<Record>::size(world)) {
+    : mRemaining(List<Object>::size(world)) {
     join(&visits);
-    mRecord = firstFrom(List<Record>::head(world));
+    mRecord = firstFrom(List<Object>::head(world));
     mNextRecord = mRecord ? firstFrom(mRecord->enabledNext) : nullptr;
 }
 
@@ -83,7 +100,7 @@ HyEnabledListIterator<Record, Object>::~HyEnabledListIterator() {
 
 template <class Record, class Object>
 Object* HyEnabledListIterator<Record, Object>::operator*() const {
-    return mRecord ? List<Record>::object(*mRecord) : nullptr;
+    return mRecord ? List<Object>::object(*mRecord) : nullptr;
 }
 
 template <class Record, class Object>
@@ -94,7 +111,7 @@ HyEnabledListIterator<Record, Object>& HyEnabledListIterator<Record, Object>::op
     else if (isListed(mRecord))
         next = firstFrom(mRecord->enabledNext);
     else if (mNextRecord || mNextLost)
-        HyWarning(0, "%s", List<Record>::kVisitAborted);
+        HyWarning(0, "%s", List<Object>::kVisitAborted);
     mRecord = --mRemaining > 0 ? next : nullptr;
     mNextRecord = mRecord ? firstFrom(mRecord->enabledNext) : nullptr;
     mNextLost = false;
@@ -103,7 +120,7 @@ HyEnabledListIterator<Record, Object>& HyEnabledListIterator<Record, Object>::op
 
 template <class Record, class Object>
 bool HyEnabledListIterator<Record, Object>::isVisited(const Record* record) {
-    return isListed(record) && List<Record>::isVisited(*record);
+    return isListed(record) && List<Object>::isVisited(*record);
 }
 
 /// The first record to visit from a place of the list on.
@@ -171,7 +188,9 @@ void HyEnabledListVisits<Record, Object>::end() {
 
 template class HY_API HyEnabledListIterator<DynBody, HyPart>;
 template class HY_API HyEnabledListIterator<DynBaseConstraint, HyConstraint>;
+template class HY_API HyEnabledListIterator<DynBaseConstraint, HyDynamicsContact>;
 template class HyEnabledListVisits<DynBody, HyPart>;
 template class HyEnabledListVisits<DynBaseConstraint, HyConstraint>;
+template class HyEnabledListVisits<DynBaseConstraint, HyDynamicsContact>;
 
 } // namespace Hy

@@ -3,9 +3,11 @@
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
 #include <Hy/FrictionDirectionSubscriber.h>
+#include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyCollisionRule.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyMessage.h>
+#include <Hy/HySafeWalk.h>
 #include <Hy/HyUniverse.h>
 #include <Kit/KitPool.h>
 
@@ -49,6 +51,7 @@ HyPart::HyPart() {
 
 HyPart::HyPart(HyReal mass) {
     init(mass == 0 ? kControlAnimated : kControlDynamic);
+    mFastMoving = mass != 0 && getAutoFastMoving();
     if (mass != 0)
         setMass(mass);
 }
@@ -62,6 +65,7 @@ void HyPart::init(EntityControlTypeEnum control) {
 }
 
 HyPart::~HyPart() {
+    destroyCollisionGeometries();
     while (!mConstraintsArr.empty())
         mConstraintsArr.back()->forgetPart(this);
     if (mUniverse)
@@ -121,7 +125,10 @@ void HyPart::_applyControl(EntityControlTypeEnum control) {
         DynBodyMakeDynamic(mDynBodyID);
         giveDefaultMass();
         _applyMassProperties(mMassProperties);
+        updateMassFromGeometries();
         wakeDynamics(true);
+        if (getAutoFastMoving())
+            setFastMoving(true);
         break;
     case kControlStatic:
         DynBodyMakeKinematic(mDynBodyID);
@@ -137,6 +144,7 @@ void HyPart::_applyControl(EntityControlTypeEnum control) {
 }
 
 void HyPart::_freeze(bool frozen) {
+    setGeometriesStatic(frozen);
     if (!mUniverse)
         return;
     if (mUniverse->isStepping())
@@ -241,6 +249,8 @@ void HyPart::_removeConstraint(HyConstraint* constraint) {
 }
 
 void HyPart::leaveUniverse(HyUniverse& universe) {
+    for (HySafeWalk walk(mCollisionGeometries); HyCollisionGeometry* geometry = walk.next();)
+        universe.removeCollisionGeometry(geometry);
     DynBodyEnableConnectedBodies(mDynBodyID);
     DynBodyDisable(mDynBodyID);
     universe.removeDynBody(mDynBodyID);
@@ -248,6 +258,8 @@ void HyPart::leaveUniverse(HyUniverse& universe) {
 }
 
 void HyPart::enterUniverse(HyUniverse& universe) {
+    for (HySafeWalk walk(mCollisionGeometries); HyCollisionGeometry* geometry = walk.next();)
+        universe.addCollisionGeometry(geometry);
     universe.insertDynBody(mDynBodyID);
     wakeDynamics(true);
     setEnabledSteps(0);

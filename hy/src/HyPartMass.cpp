@@ -76,6 +76,7 @@ void HyPart::placeCentreOfMass(const HyTransform& tm) {
     DynBodySetCenterOfMassRelativeTransform(mDynBodyID, tm.m);
     if (before == HyTransform(mDynBodyID->comToBodyTM))
         return;
+    updateCollisionGeometryCOMOffset();
     HyTransform change;
     change.compoundInverseFirstThenSecond(before, HyTransform(mDynBodyID->comToBodyTM));
     for (HyConstraint* constraint : mConstraintsArr)

@@ -10,6 +10,8 @@ void HyPartState::restore() {
 HyPartState* HyPart::createState() {
     auto* state = new HyPartState;
     state->mInstance = this;
+    for (HyCollisionGeometry* geometry : mCollisionGeometries)
+        state->mCollisionGeometries.emplace_back(geometry->createState());
     state->mTransform = getTransform();
     state->mLinearVelocity = getLinearVelocity();
     state->mAngularVelocity = getAngularVelocity();
@@ -26,6 +28,9 @@ HyPartState* HyPart::createState() {
 bool HyPart::restoreState(const HyPartState* state) {
     if (!state || state->mInstance.get() != this)
         return false;
+    for (const auto& geometry : state->mCollisionGeometries)
+        if (geometry->mInstance.valid() && geometry->mInstance->getPart() == this)
+            geometry->restore();
     setTransform(state->mTransform);
     if (state->mTransform == HyTransform(state->mPose.bodyTM)) // not edited meanwhile
         DynBodySetPose(mDynBodyID, state->mPose);

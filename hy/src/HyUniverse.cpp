@@ -1,12 +1,17 @@
 #include <Hy/HyUniverse.h>
 
+#include "HyCollisionDetection.h"
 #include "HyCollisionRuleStore.h"
 #include "HySavedCoordinates.h"
 #include "HyUserContacts.h"
 
+#include <Col/ColSpace.h>
+#include <Hy/HyBridge.h>
+#include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyMaterialTable.h>
 #include <Hy/HyMessage.h>
+#include <Hy/HyPart.h>
 #include <Hy/HyThread.h>
 #include <Hy/HyUniverseObserver.h>
 
@@ -39,23 +44,39 @@ int globalCouplingSolverGroup(void* universe) {
     return static_cast<HyUniverse*>(universe)->getGlobalCouplingSolverGroup();
 }
 
+void setGeometriesStatic(DynBody* body, bool isStatic) {
+    if (body->mPart)
+        for (HyCollisionGeometry* geometry : body->mPart->getCollisionGeometries())
+            geometry->setStatic(isStatic);
+}
+
+/// Contacts of one pair before its buffer grows.
+constexpr int kContactBufferSize = 1025;
+
+int asCapacity(unsigned count) {
+    constexpr unsigned kMost = 1U << 30;
+    return static_cast<int>(std::clamp(count, 2U, kMost));
+}
+
 unsigned raisedToEven(unsigned n) {
     return n == std::numeric_limits<unsigned>::max() ? n - 1 : n + n % 2;
 }
 
 } // namespace
 
-HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned, HyMaterialTable* materialTable)
+HyUniverse::HyUniverse(unsigned maxCollisionGeometries, unsigned maxCollisionPairs,
+                       HyMaterialTable* materialTable)
     : mSavedCoordinates(std::make_unique<HySavedCoordinates>()),
       mCollisionRules(std::make_unique<HyCollisionRuleStore>()),
+      mCollisionRulesChanged(std::make_unique<HyCollisionRuleStore>()),
       mOwnMaterialTable(materialTable ? nullptr : new HyMaterialTable),
       mMaterialTable(materialTable ? materialTable : mOwnMaterialTable.get()),
       mCollisionRulesNextID(HyCollisionRule::InvalidID + 1) {
-    init(maxCollisionGeometries);
+    init(maxCollisionGeometries, maxCollisionPairs);
     setEarthGravity();
 }
 
-void HyUniverse::init(unsigned maxCollisionGeometries) {
+void HyUniverse::init(unsigned maxCollisionGeometries, unsigned maxCollisionPairs) {
     HyFrame::instance(); // the steps of the world ask it
     mWorld = DynWorldCreate(1, 1);
     mWorld->universe = this;
@@ -64,12 +85,20 @@ void HyUniverse::init(unsigned maxCollisionGeometries) {
     host.stepAborted = stepAborted;
     host.threadPool = threadPool;
     host.globalCouplingSolverGroup = globalCouplingSolverGroup;
+    host.setGeometriesStatic = setGeometriesStatic;
     DynWorldSetHost(mWorld, host);
     mUserContacts = std::make_unique<HyUserContacts>(mWorld);
     DynPartitionParametersSetGroupingMode(&mWorld->partition_parameters, kDynPartitionUserGrouping);
     DynGroupingGet(mWorld, 0);
     setMaxSimultaneousSolverCount(HyThreadGetCPUCount());
     mCollisionGeometriesMaxCount = raisedToEven(maxCollisionGeometries);
+    HyCollisionDetection_INCREF();
+    const int geometries = asCapacity(mCollisionGeometriesMaxCount);
+    const int pairs = asCapacity(maxCollisionPairs);
+    mSpace = ColSpaceAxisSortCreate(static_cast<int>(ColAllAxes), geometries, pairs, false);
+    mBridge = std::make_unique<HyBridge>(mMaterialTable, mSpace, mWorld, kContactBufferSize);
+    mBridge->setCollisionPairsMaxCount(static_cast<unsigned>(pairs));
+    initResponses();
     setAutoSleep(true);
 }
 
@@ -85,10 +114,16 @@ HyUniverse::~HyUniverse() {
     deleteAllUserDynamicsContacts();
     destroyConstraints();
     destroyParts();
+    destroyCollisionGeometries();
+    mBridge->updateTransitions(); // what ended last
+    mBridge.reset();
     mUserContacts.reset();
     mPartVisits.end();
     mConstraintVisits.end();
+    mContactVisits.end();
     DynWorldDestroy(mWorld);
+    ColSpaceDestroy(mSpace);
+    HyCollisionDetection_DECREF();
 }
 
 // Settings.
@@ -124,7 +159,7 @@ void HyUniverse::resetDynamics() {
 }
 
 HyReal HyUniverse::getCollisionSafeTime() const {
-    return HyFrame::instance()->getTimeStep();
+    return mBridge->getCollisionSafeTime();
 }
 
 int HyUniverse::getLastPartitionCount() const {
@@ -142,6 +177,9 @@ void HyUniverse::setMaterialTable(HyMaterialTable* table) {
         return;
     warnIfStepping("set material table");
     mMaterialTable = table;
+    mBridge->setMaterialTable(table);
+    for (HyCollisionGeometry* geometry : mCollisionGeometries)
+        geometry->registerMaterial();
     mOwnMaterialTable.reset();
 }
 
@@ -206,6 +244,14 @@ HyUniverse::EnabledConstraintsIterator HyUniverse::enabledConstraintsBegin() {
 }
 
 HyUniverse::EnabledConstraintsIterator HyUniverse::enabledConstraintsEnd() {
+    return {};
+}
+
+HyUniverse::DynamicsContactIterator HyUniverse::dynamicsContactBegin() {
+    return {mContactVisits, *mWorld};
+}
+
+HyUniverse::DynamicsContactIterator HyUniverse::dynamicsContactEnd() {
     return {};
 }
 

@@ -1,6 +1,8 @@
 #include <Hy/HyUniverse.h>
 
+#include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyConstraint.h>
+#include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HyUniverseObserver.h>
@@ -25,6 +27,10 @@ const HyUniverse::MemberKind<HyConstraint> HyUniverse::kConstraints{
     &HyUniverse::mConstraints, &HyUniverseObserver::onConstraintAdded,
     &HyUniverseObserver::onConstraintRemoved};
 
+const HyUniverse::MemberKind<HyCollisionGeometry> HyUniverse::kGeometries{
+    &HyUniverse::mCollisionGeometries, &HyUniverseObserver::onCollisionGeometryAdded,
+    &HyUniverseObserver::onCollisionGeometryRemoved};
+
 /// Answers whether the member has outlived the calls.
 template <typename T>
 bool HyUniverse::tellObservers(void (HyUniverseObserver::*call)(T*), T* member) {
@@ -47,6 +53,7 @@ void HyUniverse::tellOfContents(HyUniverseObserver& observer, const MemberKind<T
 
 void HyUniverse::tellOfAllContents(HyUniverseObserver& observer, bool added) {
     tellOfContents(observer, kParts, added ? kParts.onAdded : kParts.onRemoved);
+    tellOfContents(observer, kGeometries, added ? kGeometries.onAdded : kGeometries.onRemoved);
     tellOfContents(observer, kConstraints, added ? kConstraints.onAdded : kConstraints.onRemoved);
 }
 
@@ -121,6 +128,32 @@ void HyUniverse::destroyConstraint(HyConstraint* constraint) {
 
 void HyUniverse::destroyConstraints() {
     destroyMembers(kConstraints);
+}
+
+// A geometry of a part comes and goes with it; one of a composite with that.
+bool HyUniverse::addCollisionGeometry(HyCollisionGeometry* geometry) {
+    if (geometry && (geometry->getParent() ||
+                     (geometry->getPart() && geometry->getPart()->getUniverse() != this))) {
+        HyWarning(0,
+                  "HyUniverse::addCollisionGeometry: the geometry must not be in a composite or in "
+                  "a part of another universe.\n");
+        return false;
+    }
+    return addMember(kGeometries, geometry);
+}
+
+HyCollisionGeometry* HyUniverse::removeCollisionGeometry(HyCollisionGeometry* geometry) {
+    return removeMember(kGeometries, geometry);
+}
+
+void HyUniverse::destroyCollisionGeometry(HyCollisionGeometry* geometry) {
+    if (mCollisionGeometries.contains(geometry))
+        delete geometry;
+}
+
+void HyUniverse::destroyCollisionGeometries() {
+    while (!mCollisionGeometries.empty())
+        delete mCollisionGeometries[mCollisionGeometries.size() - 1];
 }
 
 // Observers.

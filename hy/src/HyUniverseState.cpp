@@ -1,5 +1,6 @@
 #include <Hy/HyUniverseState.h>
 
+#include <Hy/HyCollisionGeometryState.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyMessage.h>
@@ -23,6 +24,8 @@ void HyUniverseState::restore() {
 HyUniverseState* HyUniverse::createState() {
     auto* state = new HyUniverseState;
     state->mInstance = this;
+    for (HyCollisionGeometry* geometry : mCollisionGeometries)
+        state->mCollisionGeometries.emplace_back(geometry->createState());
     state->mParts.reserve(mParts.size());
     for (HyPart* part : mParts)
         state->mParts.emplace_back(part->createState());
@@ -54,7 +57,11 @@ void HyUniverse::restoreState(HyUniverseState* state) {
     for (const std::unique_ptr<HyPartState>& part : state->mParts)
         if (part->mInstance.valid() && part->mInstance->getUniverse() == this)
             part->restore();
-    mUpdateSubscriberList.forEach([](UpdateSubscriber& subscriber) { subscriber.reset(); });
+    for (const std::unique_ptr<HyCollisionGeometryState>& geometry : state->mCollisionGeometries)
+        if (geometry->mInstance.valid() && geometry->mInstance->getUniverse() == this &&
+            !geometry->mInstance->getPart()) // a part restores its own
+            geometry->restore();
+    resetContacts(state->mEnableIntersectSubscribersOnRestore);
     mObservers.forEach([](HyUniverseObserver& observer) { observer.onStateRestored(); });
 }
 

@@ -3,6 +3,9 @@
 #include "HySavedCoordinates.h"
 #include "HyUserContacts.h"
 
+#include <Col/ColSpace.h>
+#include <Hy/HyBridge.h>
+#include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
 
 #include <Dyn/DynBody.h>
@@ -48,8 +51,18 @@ void HyUniverse::preStepParts() {
     forEachEnabledBody(*mWorld, DynBodySaveUserForces);
 }
 
-void HyUniverse::detectCollisionsImpl(HyReal) {
+void HyUniverse::detectCollisionsImpl(HyReal dt) {
     mStepping = true;
+    stepCollisionRules();
+    HyFrame* frame = HyFrame::instance();
+    mSpace->SetThreadPool(mBroadPhaseMultithreaded ? frame->getThreadPool() : nullptr);
+    measure(mUniverseTimings.collisionDetectionBroadPhase,
+            [this, dt] { ColSpacePathUpdateAll(mSpace, dt); });
+    mBridge->resetAccumulatedIntersectSubscriberTime();
+    measure(mUniverseTimings.collisionDetectionContactGeneration,
+            [this, dt] { mBridge->updateContacts(dt); });
+    mUniverseTimings.intersectSubscribers =
+        kMillisecondsPerSecond * mBridge->getAccumulatedIntersectSubscriberTime();
     measure(mUniverseTimings.updateSubscribers, [this] {
         mUpdateSubscriberList.forEach(
             [this](UpdateSubscriber& subscriber) { subscriber.update(this); });
@@ -124,6 +137,7 @@ void HyUniverse::postUpdateImpl() {
     mStepping = false;
     mUserContacts->disableAll();
     measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
+    mFirstStep = false;
 }
 
 void HyUniverse::postStepParts() {

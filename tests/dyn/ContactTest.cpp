@@ -1,4 +1,4 @@
-#include "HeapCounter.h"
+#include "support/HeapCounter.h"
 
 #include <Dyn/Dyn.h>
 #include <Kit/KitVector.h>
@@ -8,7 +8,6 @@
 #include <array>
 #include <cmath>
 #include <functional>
-#include <numbers>
 
 namespace {
 
@@ -323,14 +322,14 @@ TEST_F(ContactTest, RecordsAreReusedWithoutTheHeap) {
         }
     };
     step(5, renew);
-    const long before = heapCalls();
+    const long before = HeapCounter::calls();
     for (int i = 0; i < 50; ++i) {
         renew();
         fillContacts();
         DynWorldStep(world, kStep);
         DynWorldIntegrate(world);
     }
-    EXPECT_EQ(heapCalls(), before);
+    EXPECT_EQ(HeapCounter::calls(), before);
     EXPECT_NEAR(position(0), 0, 1e-3);
 }
 

@@ -32,18 +32,6 @@ using Ids = std::vector<int>;
 
 } // namespace
 
-TEST_F(DynBodyForceTest, UpdatesInOrderOfCreation) {
-    DynBodyForce *a = add(0), *b = add(1), *c = add(2);
-    EXPECT_EQ(update(), Ids{});
-    for (DynBodyForce* force : {b, c, a})
-        DynBodyForceEnable(force);
-    EXPECT_EQ(update(), (Ids{0, 1, 2}));
-    DynBodyForceDisable(b);
-    EXPECT_EQ(update(), (Ids{0, 2}));
-    DynBodyForceEnable(b);
-    EXPECT_EQ(update(), (Ids{0, 1, 2}));
-}
-
 TEST_F(DynBodyForceTest, SurvivesChangesOnTheWay) {
     struct Case {
         const char* name;

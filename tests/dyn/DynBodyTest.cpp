@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <limits>
 
 namespace {
@@ -80,40 +79,6 @@ TEST_F(DynBodyTest, StatesFollowTheirTable) {
             EXPECT_TRUE(slot == 0 && bound == body) << c.name;
         destroy(body);
     }
-}
-
-TEST_F(DynBodyTest, FreezingKeepsVelocityAndUnfreezingADynamicBodyDropsIt) {
-    DynBody* body = addBody();
-    DynBodySetLinearVelocity(body, Vector(1, 2, 3).data());
-    DynBodyFreeze(body);
-    EXPECT_EQ(body->kiroBody.vel[2], 3);
-    DynBodyUnFreeze(body);
-    EXPECT_EQ(body->kiroBody.vel[2], 0);
-}
-
-TEST_F(DynBodyTest, DisabledBodyHasNoPlaceInTheStep) {
-    DynBody *a = addBody(), *b = addBody();
-    FakeConstraint& constraint = tie({a, b});
-    DynBodyEnable(a);
-    a->partitionIndex = a->kiroBody.partition_index = 3;
-    a->node_data.color = kDynGraphNodeBlack;
-    constraint.edge_data.type = kDynGraphEdgePrimary;
-    constraint.flag = 1;
-    DynBodyDisable(a);
-    EXPECT_EQ(a->partitionIndex, -1);
-    EXPECT_EQ(a->kiroBody.partition_index, -1);
-    EXPECT_EQ(a->node_data.color, kDynGraphNodeWhite);
-    EXPECT_EQ(constraint.edge_data.type, kDynGraphEdgeUnseen);
-    EXPECT_EQ(constraint.flag, 0);
-}
-
-TEST_F(DynBodyTest, AnEnabledBodyWaitsOutsideForItsWorld) {
-    DynBody* body = addFreeBody();
-    DynBodyEnable(body);
-    EXPECT_TRUE(DynBodyIsEnabled(body));
-    EXPECT_TRUE(geometryCalls().empty());
-    DynWorldInsertBody(mWorld, body);
-    EXPECT_TRUE(isInEnabledList(body));
 }
 
 TEST_F(DynBodyTest, WakesWhatIsConnectedToAWall) {
@@ -381,125 +346,6 @@ TEST_F(DynBodyTest, EnergyAndAccelerationAtAPoint) {
     }
 }
 
-TEST_F(DynBodyTest, MassScalesTheTensorOnlyWhereAsked) {
-    DynBody* body = addBody();
-    DynBodySetMass(body, 4);
-    KitMatrix3 tensor;
-    DynBodyGetInertiaTensor(body, tensor);
-    EXPECT_EQ(tensor[1][1], 0.4);
-    DynBodySetMassAndScaleInertiaTensor(body, 8);
-    DynBodyGetInertiaTensor(body, tensor);
-    EXPECT_NEAR(tensor[1][1], 0.8, 1e-15);
-    EXPECT_EQ(body->kiroBody.invmass, 1.0 / 8);
-    EXPECT_EQ(body->kiroBody._i0[0][3], 1.0 / 8);
-    EXPECT_EQ(body->kiroBody._i0[3][3], 8);
-    EXPECT_NEAR(body->kiroBody._i0[4][1], 1.25, 1e-15);
-}
-
-// Every setter refuses what it must with one warning, and not a byte of the body changes.
-TEST_F(DynBodyTest, RefusesBadInputWhole) {
-    struct Case {
-        const char* name;
-        std::function<void(DynBody*)> call;
-    };
-    static const KitVector3 bad = {0, kNaN, 0}, infinite = {kInf, 0, 0}, good = {1, 2, 3};
-    static KitMatrix4 badTM, goodTM;
-    KitMatrix4SetIdentity(badTM);
-    badTM[2][1] = kNaN;
-    setRandomTransform(goodTM);
-    static const KitMatrix3 flat = {{1, 0, 0}, {0, 1, 0}, {0, 0, 0}},
-                            indefinite = {{2, 0, 0}, {0, 3, 0}, {0, 0, -1}},
-                            skew = {{1, 0.1, 0}, {-0.1, 1, 0}, {0, 0, 1}},
-                            notFinite = {{1, 0, 0}, {0, kNaN, 0}, {0, 0, 1}};
-    static const KitVector4 zeroQuaternion = {}, badQuaternion = {1, 0, 0, kNaN};
-    const Case cases[] = {
-        {"transform", [](DynBody* b) { DynBodySetTransform(b, badTM); }},
-        {"transform with attachments",
-         [](DynBody* b) { DynBodySetTransformAndUpdateConstraintAttachments(b, badTM); }},
-        {"move", [](DynBody* b) { DynBodyMoveTo(b, badTM, 0.1); }},
-        {"centre of mass", [](DynBody* b) { DynBodySetCenterOfMassRelativeTransform(b, badTM); }},
-        {"position", [](DynBody* b) { DynBodySetPosition(b, infinite); }},
-        {"orientation", [](DynBody* b) { DynBodySetOrientation(b, notFinite); }},
-        {"zero quaternion", [](DynBody* b) { DynBodySetQuaternion(b, zeroQuaternion); }},
-        {"quaternion", [](DynBody* b) { DynBodySetQuaternion(b, badQuaternion); }},
-        {"no mass", [](DynBody* b) { DynBodySetMass(b, 0); }},
-        {"negative mass", [](DynBody* b) { DynBodySetMass(b, -1); }},
-        {"mass that is none", [](DynBody* b) { DynBodySetMass(b, kNaN); }},
-        {"infinite mass", [](DynBody* b) { DynBodySetMassAndScaleInertiaTensor(b, kInf); }},
-        {"mass with no inverse", [](DynBody* b) { DynBodySetMass(b, 1e-310); }},
-        {"flat tensor", [](DynBody* b) { DynBodySetInertiaTensor(b, flat); }},
-        {"indefinite tensor", [](DynBody* b) { DynBodySetInertiaTensor(b, indefinite); }},
-        {"skew tensor", [](DynBody* b) { DynBodySetInertiaTensor(b, skew); }},
-        {"tensor", [](DynBody* b) { DynBodySetInertiaTensor(b, notFinite); }},
-        {"moment", [](DynBody* b) { DynBodySetSphericalInertiaTensor(b, -0.1); }},
-        {"velocity", [](DynBody* b) { DynBodySetLinearVelocity(b, bad); }},
-        {"spin", [](DynBody* b) { DynBodySetAngularVelocity(b, infinite); }},
-        {"damping", [](DynBody* b) { DynBodySetLinearVelocityDamping(b, -1); }},
-        {"angular damping", [](DynBody* b) { DynBodySetAngularVelocityDamping(b, kNaN); }},
-        {"accelerations", [](DynBody* b) { DynBodySetAccelerations(b, good, bad); }},
-        {"fast axis", [](DynBody* b) { DynBodySetFastSpinAxis(b, bad); }},
-        {"force", [](DynBody* b) { DynBodyAddForce(b, bad); }},
-        {"torque", [](DynBody* b) { DynBodyAddTorque(b, infinite); }},
-        {"impulse", [](DynBody* b) { DynBodyAddImpulse(b, bad); }},
-        {"force at nowhere", [](DynBody* b) { DynBodyAddForceAtPosition(b, good, bad); }},
-        {"local force", [](DynBody* b) { DynBodyAddForceAtLocalPosition(b, bad, good); }},
-        {"impulse at nowhere", [](DynBody* b) { DynBodyAddImpulseAtPosition(b, good, bad); }},
-        {"threshold", [](DynBody* b) { DynBodySetAutoDisableVelocityThreshold(b, -0.1); }},
-        {"threshold of none",
-         [](DynBody* b) { DynBodySetAutoDisableAngularAccelerationThreshold(b, kNaN); }},
-        {"window", [](DynBody* b) { DynBodySetAutoDisableAliveWindow(b, -1); }},
-        {"steps", [](DynBody* b) { DynBodySetEnabledTime(b, -2); }},
-    };
-    const WarningRecorder recorder;
-    DynBody* body = addBody();
-    setRandomMotion(body);
-    DynBodyEnable(body);
-    std::vector<unsigned char> before(sizeof(DynBody));
-    std::memcpy(before.data(), static_cast<const void*>(body), sizeof(DynBody));
-    for (const Case& c : cases) {
-        c.call(body);
-        EXPECT_EQ(recorder.take().size(), 1u) << c.name;
-        EXPECT_EQ(std::memcmp(before.data(), static_cast<const void*>(body), sizeof(DynBody)), 0)
-            << c.name;
-    }
-}
-
-TEST_F(DynBodyTest, DefaultsReachNewBodies) {
-    const DynAutoDisableParams old = DynBodyGetDefaultAutoDisableParams();
-    DynBodySetDefaultAutoDisableParams({1, 2, 3, 4, 5});
-    {
-        const WarningRecorder recorder;
-        DynBodySetDefaultAutoDisableParams({1, kNaN, 3, 4, 5});
-        EXPECT_EQ(recorder.take().size(), 1u);
-    }
-    DynBody* body = addBody();
-    DynBodySetDefaultAutoDisableParams(old);
-    EXPECT_EQ(DynBodyGetAutoDisableVelocityThreshold(body), 1);
-    EXPECT_EQ(DynBodyGetAutoDisableAngularVelocityThreshold(body), 2);
-    EXPECT_EQ(DynBodyGetAutoDisableAccelerationThreshold(body), 3);
-    EXPECT_EQ(DynBodyGetAutoDisableAngularAccelerationThreshold(body), 4);
-    EXPECT_EQ(DynBodyGetAutoDisableAliveWindow(body), 5);
-}
-
-TEST_F(DynBodyTest, ResetKeepsOnlyLinksAndIdentity) {
-    DynBody *body = addBody(), *other = addBody();
-    tie({body, other});
-    setRandomMotion(body);
-    DynBodyEnable(body);
-    DynBodyFreeze(body);
-    const auto serial = body->serial;
-    DynBodyReset(body);
-    EXPECT_EQ(body->serial, serial);
-    EXPECT_EQ(body->world, mWorld);
-    EXPECT_NE(body->constraintList, nullptr);
-    EXPECT_EQ(body->mass, 1);
-    EXPECT_EQ(body->kiroBody._i0[2][2], 0.4);
-    EXPECT_EQ(body->kiroBody.qrot[0], 1);
-    EXPECT_TRUE(DynBodyIsDynamic(body));
-    EXPECT_FALSE(DynBodyIsEnabled(body));
-    EXPECT_EQ(mConstraints.back().bound.size(), 2u); // frozen, and dynamic again
-}
-
 TEST_F(DynBodyTest, DestroyedBodyLeavesWorldAndConstraints) {
     DynBody *a = addBody(), *b = addBody();
     FakeConstraint& constraint = tie({a, b, a});
@@ -510,18 +356,4 @@ TEST_F(DynBodyTest, DestroyedBodyLeavesWorldAndConstraints) {
     EXPECT_EQ(constraint.body[0], nullptr);
     EXPECT_EQ(constraint.body[2], nullptr);
     EXPECT_EQ(constraint.body[1], b);
-}
-
-TEST_F(DynBodyTest, VisitsEachConstraintOnceThoughItLeaves) {
-    DynBody *a = addBody(), *b = addBody();
-    FakeConstraint &first = tie({a, b}), &twice = tie({a, a}), &last = tie({b, a});
-    std::vector<DynBaseConstraint*> seen;
-    const auto visit = [](DynBaseConstraint* constraint, void* data) {
-        static_cast<std::vector<DynBaseConstraint*>*>(data)->push_back(constraint);
-        unlink(constraint, 0);
-        unlink(constraint, 1);
-    };
-    DynBodyForAllConstraints(a, visit, &seen);
-    EXPECT_EQ(seen, (std::vector<DynBaseConstraint*>{&last, &twice, &first}));
-    EXPECT_EQ(a->constraintList, nullptr);
 }

@@ -107,23 +107,6 @@ TEST_F(DynConstraintTest, IsEnabledOnlyWhereItCanAct) {
     DynWorldDestroy(other);
 }
 
-TEST_F(DynConstraintTest, DestroyedBodyLeavesItsSlot) {
-    DynBody *a = addBody(1), *b = addBody();
-    DynBaseConstraint* joint = add(kDynTagHinge, a, b);
-    const KitVector3 p = {0.25, 2, 0};
-    DynConstraintSetPosition(joint, p);
-    DynConstraintEnable(joint);
-    DynBodyDestroy(a);
-    EXPECT_EQ(joint->body[0], nullptr);
-    EXPECT_TRUE(DynConstraintIsEnabled(joint));
-    KitVector3 now;
-    DynConstraintBodyGetPosition(joint, 0, now);
-    EXPECT_DOUBLE_EQ(now[0], p[0]) << "the attachment stays in the world";
-    DynBodyDestroy(b);
-    EXPECT_FALSE(DynConstraintIsEnabled(joint));
-    EXPECT_EQ(world->nEnabledConstraints, 0);
-}
-
 // Whatever goes first, a constraint that does not act points at no body that is gone, and the other
 // way round.
 TEST_F(DynConstraintTest, DisabledConstraintsAndBodiesForgetEachOther) {
@@ -299,29 +282,6 @@ TEST_F(DynConstraintTest, BodySeenAsKinematicIsNotMoved) {
     EXPECT_EQ(joint->bclH.bodySeenAsKinematic, nullptr);
 }
 
-TEST_F(DynConstraintTest, RelaxationRefusesWhatIsNoSpring) {
-    WarningRecorder warnings;
-    DynBaseConstraint* joint = add(kDynTagHinge, addBody(), nullptr);
-    EXPECT_FALSE(DynConstraintRelaxConstraint(joint, 0, 0, 1, 1));
-    EXPECT_FALSE(DynConstraintSetRelaxConstraintStiffness(joint, 0, 0));
-    const std::vector<std::string> texts = WarningRecorder::take();
-    ASSERT_EQ(texts.size(), 2U);
-    EXPECT_EQ(texts[0], "12: DynConstraintRelaxConstraint: A constraint can't be relaxed with zero "
-                        "stiffness.\n");
-    EXPECT_EQ(texts[1], "12: DynConstraintSetRelaxConstraintStiffness: A constraint can't be "
-                        "relaxed with zero stiffness.\n");
-    EXPECT_FALSE(DynConstraintRelaxConstraint(joint, 0, -1, 1, 1));
-    EXPECT_FALSE(DynConstraintRelaxConstraint(joint, 0, 1, kNan, 1));
-    EXPECT_FALSE(DynConstraintRelaxConstraint(joint, 0, 1, 1, -1));
-    EXPECT_FALSE(DynConstraintRelaxConstraint(joint, 16, 1, 1, 1));
-    EXPECT_EQ(joint->bclH.bRelaxConstraint[0], 0);
-    EXPECT_TRUE(DynConstraintRelaxConstraint(joint, 0, 4, 1, 2));
-    EXPECT_EQ(joint->bclH.compliance[0], 0.25);
-    EXPECT_TRUE(DynConstraintSetRelaxConstraintStiffness(joint, 0, kKitInfinity));
-    EXPECT_EQ(joint->bclH.compliance[0], 0);
-    EXPECT_EQ(DynConstraintGetRelaxConstraintStiffness(joint, 0), kKitInfinity);
-}
-
 TEST_F(DynConstraintTest, LockAllSwapsTheBuilder) {
     WarningRecorder warnings;
     DynBody* body = addBody();
@@ -416,22 +376,6 @@ TEST_F(DynConstraintTest, UpdateTurnsCoordinateIntoWhatTheBodiesSay) {
     EXPECT_NEAR(angle->velocity, 3, 1e-6);
     DynConstraintRestoreCoordinates(hinge, saved);
     EXPECT_EQ(angle->position, wound);
-}
-
-TEST_F(DynConstraintTest, ResetKeepsIdentityAlone) {
-    DynBaseConstraint* joint = add(kDynTagUniversal, addBody(), addBody());
-    DynConstraintEnable(joint);
-    DynConstraintRelaxConstraint(joint, 1, 10, 1, 0);
-    joint->limits[1].motor_desired_vel = 3;
-    const std::uint64_t serial = joint->serial;
-    DynConstraintReset(joint);
-    EXPECT_EQ(joint->world, world);
-    EXPECT_EQ(joint->serial, serial);
-    EXPECT_EQ(joint->body[0], nullptr);
-    EXPECT_FALSE(DynConstraintIsEnabled(joint));
-    EXPECT_EQ(joint->bclH.bRelaxConstraint[1], 0);
-    EXPECT_EQ(joint->limits[1].motor_desired_vel, 0);
-    EXPECT_EQ(joint->limits[1].bodyRef, 1);
 }
 
 TEST_F(DynConstraintTest, LinearOneHoldsTheDirectionToAPoint) {

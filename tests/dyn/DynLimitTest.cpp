@@ -2,7 +2,6 @@
 
 #include <kit/KitTestSupport.h>
 
-#include <cmath>
 #include <limits>
 
 namespace {
@@ -30,41 +29,6 @@ TEST(DynLimitTest, StopDragsTheOtherAndTheLockTarget) {
     EXPECT_EQ(limit.lock_position, -1);
 }
 
-TEST(DynLimitTest, SettersRefuseAndLeaveTheOldValue) {
-    WarningRecorder warnings;
-    DyncLimit limit;
-    DyncSingleLimit* stop = &limit.limit[0];
-    const DyncLimit before = limit;
-    DyncSingleLimit bad = stopAt(kNan);
-    const bool answers[] = {
-        DynSingleLimitSetStiffness(stop, -1),
-        DynSingleLimitSetStiffness(stop, kNan),
-        DynSingleLimitSetDamping(stop, -1),
-        DynSingleLimitSetRestitution(stop, kNan),
-        DynSingleLimitSetMaxForce(stop, 0),
-        DynSingleLimitSetStop(stop, HUGE_VAL),
-        DynLimitSetLowerLimit(&limit, &bad),
-        DynLimitSetMotor(&limit, 1, -1, 1, -1),
-        DynLimitSetMotor(&limit, kNan, -1, 1, 0),
-        DynLimitSetMotorForces(&limit, kNan, 1),
-        DynLimitSetMotorLoss(&limit, -1),
-        DynLimitSetLockSpring(&limit, -1, 0),
-        DynLimitSetLockSpring(&limit, 1, -1),
-        DynLimitSetLockForces(&limit, 1, HUGE_VAL),
-        DynLimitSetLockPosition(&limit, kNan),
-        DynLimitSetLockVelocity(&limit, kNan),
-        DynLimitController(&limit, 0, -1, 1, -1, 1),
-    };
-    for (std::size_t i = 0; i < std::size(answers); ++i)
-        EXPECT_FALSE(answers[i]) << i;
-    EXPECT_EQ(WarningRecorder::take().size(), std::size(answers));
-    EXPECT_EQ(limit.limit[0].stop, before.limit[0].stop);
-    EXPECT_EQ(limit.motor_fmax, before.motor_fmax);
-    EXPECT_EQ(limit.motor_desired_vel, 0);
-    EXPECT_EQ(limit.lock_compliance, 0);
-    EXPECT_EQ(limit.currentControlState, kDynConstraintControlFree);
-}
-
 TEST(DynLimitTest, StiffnessReadsBack) {
     struct Case {
         KitReal stiffness, compliance;
@@ -78,18 +42,6 @@ TEST(DynLimitTest, StiffnessReadsBack) {
         EXPECT_EQ(limit.lock_compliance, c.compliance);
         EXPECT_EQ(DynLimitGetLockStiffness(&limit), c.stiffness);
     }
-}
-
-TEST(DynLimitTest, MotorNeedsForce) {
-    DyncLimit limit;
-    DynLimitSetMotor(&limit, 1, 3, -2, 0);
-    EXPECT_EQ(limit.motor_fmin, -2);
-    EXPECT_EQ(limit.motor_fmax, 3);
-    DynLimitActivateMotor(&limit, true);
-    EXPECT_EQ(limit.currentControlState, kDynConstraintControlMotorActive);
-    DynLimitSetMotorForces(&limit, 0, 0);
-    DynLimitActivateMotor(&limit, true);
-    EXPECT_EQ(limit.currentControlState, kDynConstraintControlFree);
 }
 
 TEST(DynLimitTest, ControllerIsProportionalWithinItsTolerance) {

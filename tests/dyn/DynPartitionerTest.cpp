@@ -16,18 +16,6 @@ protected:
     DynPartitionOutput& o = t.world->partitionOutput;
 };
 
-TEST_F(DynPartitionerTest, JoinedBodiesOfOneGroupShareAPartition) {
-    DynBody *a = t.addBody(), *b = t.addBody(), *lone = t.addBody();
-    t.join({a, b});
-    t.partition();
-    ASSERT_EQ(o.nPartitions, 2);
-    EXPECT_EQ(t.bodiesOf(0), (Bodies{a, b}));
-    EXPECT_EQ(o.constraintsSize[0], 1);
-    EXPECT_EQ(o.pgroupIndex[0], kDynNoPartitionGroup);
-    EXPECT_EQ(t.bodiesOf(1), Bodies{lone});
-    EXPECT_EQ(t.constraints[0].bclH.gflag, 1);
-}
-
 TEST_F(DynPartitionerTest, GroupsAreCutAndCoupled) {
     DynBody *a = t.addBody(1), *b = t.addBody(2), *lone = t.addBody(2);
     DynBaseConstraint& c = t.join({a, b});
@@ -188,15 +176,6 @@ TEST_F(DynPartitionerTest, MergedChildIsPartOfItsRoot) {
     child->rootParent = child;
 }
 
-TEST_F(DynPartitionerTest, SleepingNeighbourIsWoken) {
-    DynBody *a = t.addBody(), *b = t.addBody(2);
-    t.join({a, b});
-    DynBodyDisable(b);
-    t.partition();
-    EXPECT_TRUE(DynBodyIsEnabled(b));
-    EXPECT_EQ(o.nPartitions, 3);
-}
-
 TEST_F(DynPartitionerTest, RestingPartitionIsTakenOff) {
     DynBody *a = t.addBody(), *b = t.addBody(), *mover = t.addBody();
     DynBaseConstraint& c = t.join({a, b});
@@ -213,17 +192,6 @@ TEST_F(DynPartitionerTest, RestingPartitionIsTakenOff) {
     EXPECT_EQ(a->partitionIndex, -1);
     EXPECT_EQ(c.bclH.gflag, 0);
     EXPECT_EQ(c.edge_data.type, kDynGraphEdgeUnseen);
-}
-
-TEST_F(DynPartitionerTest, SinglePartitionHoldsAll) {
-    DynBody *a = t.addBody(1), *b = t.addBody(2), *asleep = t.addBody();
-    DynBodyDisable(asleep);
-    t.join({a, b});
-    t.join({a, nullptr});
-    DynMakeSinglePartition(t.world->enabledBodyHead, &o, nullptr);
-    ASSERT_EQ(o.nPartitions, 1);
-    EXPECT_EQ(t.bodiesOf(0), (Bodies{a, b}));
-    EXPECT_EQ(o.constraintsSize[0], 2);
 }
 
 // Random graphs against invariants and a brute-force union of what is joined.

@@ -1,13 +1,9 @@
-#include "HeapCounter.h"
 #include "TestWorld.h"
 
 #include <Dyn/DynBodyForce.h>
-#include <Kit/KitMemory.h>
 #include <Kit/KitThreadPool.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -57,25 +53,6 @@ protected:
         DynWorldSetGravity(t.world, v);
     }
 };
-
-TEST_F(DynWorldStepTest, FreeBodyFalls) {
-    setGravity(10);
-    DynBody* body = t.addBody();
-    DynBodySetMass(body, 3);
-    setVelocity(body, 2);
-    constexpr int kSteps = 60;
-    for (int i = 0; i < kSteps; ++i)
-        t.step();
-    KitVector3 x, v, load;
-    DynBodyGetPosition(body, x);
-    DynBodyGetLinearVelocity(body, v);
-    DynBodyGetLastForce(body, load);
-    EXPECT_NEAR(v[2], -10, 1e-12);
-    EXPECT_NEAR(x[0], 2, 1e-12);
-    // Semi-implicit Euler falls half a step's worth further than the parabola.
-    EXPECT_NEAR(x[2], -5 - 5 * kStep, 1e-12);
-    EXPECT_NEAR(load[2], -30, 1e-12);
-}
 
 TEST_F(DynWorldStepTest, DampingIsImplicit) {
     DynBody* body = t.addBody();
@@ -250,17 +227,6 @@ TEST_F(DynWorldStepTest, JointForcesStiffenBodiesOfGroupsThatWantIt) {
         EXPECT_EQ(body->kiroBody.geometricStiffness[0][0], 0);
 }
 
-TEST_F(DynWorldStepTest, RestingBodySleepsAfterItsWindow) {
-    DynBody* body = t.addBody();
-    for (int i = 0; i < 10; ++i)
-        t.step();
-    EXPECT_TRUE(DynBodyIsEnabled(body));
-    t.step();
-    EXPECT_FALSE(DynBodyIsEnabled(body));
-    EXPECT_EQ(body->partitionIndex, -1);
-    EXPECT_EQ(t.world->nEnabledBodies, 0);
-}
-
 TEST_F(DynWorldStepTest, CoupledPartitionsSleepTogether) {
     DynBody *a = t.addBody(0), *b = t.addBody(1), *mover = t.addBody(2);
     t.join({a, b});
@@ -311,22 +277,6 @@ TEST_F(DynWorldStepTest, OnlySolvedBodiesMove) {
     t.step();
     EXPECT_NEAR(body->bodyTM[3][0], 2, 1e-12);
     EXPECT_NEAR(sleeper->bodyTM[3][0], 1, 1e-12);
-}
-
-TEST_F(DynWorldStepTest, NoEnabledBodyNoPartitioner) {
-    static int calls = 0;
-    DynWorldSetPartitioner(t.world, [](DynBody* list, DynPartitionOutput* output,
-                                       const DynPartitionParameters* parameters) {
-        ++calls;
-        DynPartitionerExp(list, output, parameters);
-    });
-    DynBody* body = t.addBody();
-    t.step();
-    EXPECT_EQ(calls, 1);
-    DynBodyDisable(body);
-    t.step();
-    DynWorldStep(nullptr, kStep);
-    EXPECT_EQ(calls, 1);
 }
 
 TEST_F(DynWorldStepTest, AbortLeavesTheRemainingSlices) {
@@ -430,48 +380,6 @@ TEST(DynWorldSlicesTest, AGroupOfPartitionsSharesASlice) {
     EXPECT_EQ(o.refIndex[6], free1->kiroBody.partition_index);
 }
 
-// A scene of islands, couplings and walls, stepped a while; answers all velocities and positions.
-std::vector<KitReal> playScene(KitThreadPool* pool, int threaded) {
-    TestWorld t;
-    Host host;
-    host.pool = pool;
-    host.attach(t.world);
-    DynWorldSetSolverThreaded(t.world, threaded);
-    const KitVector3 gravity = {0, 0, -10};
-    DynWorldSetGravity(t.world, gravity);
-    DynBody* wall = t.addKinematic();
-    for (int i = 0; i < 60; ++i) {
-        DynBody* body = t.addBody(i % 3);
-        DynBodySetMass(body, 1 + i % 5);
-        const KitVector3 v = {0.1 * i, 1.0 / (1 + i), 0};
-        DynBodySetLinearVelocity(body, v);
-        if (i % 4 != 0)
-            t.join({t.bodies[t.bodies.size() - 2], body});
-        if (i % 20 == 0)
-            t.join({wall, body});
-    }
-    for (int i = 0; i < 20; ++i)
-        t.step();
-    std::vector<KitReal> state;
-    for (const DynBody* body : t.bodies)
-        for (int k = 0; k < 3; ++k) {
-            state.push_back(body->kiroBody.vel[k]);
-            state.push_back(body->kiroBody.tm[3][k]);
-        }
-    return state;
-}
-
-TEST(DynWorldThreadsTest, ResultsAreTheSameBitsForAnyNumberOfThreads) {
-    const std::vector<KitReal> alone = playScene(nullptr, 0);
-    for (const unsigned threads : {1U, 2U, 4U}) {
-        KitThreadPool pool(threads);
-        const std::vector<KitReal> state = playScene(&pool, 1);
-        ASSERT_EQ(state.size(), alone.size());
-        EXPECT_EQ(std::memcmp(state.data(), alone.data(), alone.size() * sizeof(KitReal)), 0)
-            << threads;
-    }
-}
-
 TEST_F(DynWorldStepTest, NotANumberStaysInItsIsland) {
     DynBody *sick = t.addBody(), *well = t.addBody(), *partner = t.addBody();
     t.join({well, partner});
@@ -480,22 +388,6 @@ TEST_F(DynWorldStepTest, NotANumberStaysInItsIsland) {
     t.step();
     EXPECT_NEAR(well->kiroBody.vel[0], 1, 1e-8);
     EXPECT_NEAR(partner->bodyTM[3][0], kStep, 1e-9);
-}
-
-TEST_F(DynWorldStepTest, BodyForcesActBetweenPartitioningAndPacking) {
-    DynBody* body = t.addBody();
-    DynBodyForce* force = DynBodyForceCreate(t.world);
-    DynBodyForceSetBodies(force, body, nullptr, nullptr);
-    DynBodyForceConfig config;
-    config.update = [](DynBodyForce* f) {
-        EXPECT_EQ(f->w->partitionOutput.nPartitions, 1);
-        const KitVector3 push = {3, 0, 0};
-        DynBodyAddForce(DynBodyForceGetBody(f, 0), push);
-    };
-    DynBodyForceSetConfig(force, config);
-    DynBodyForceEnable(force);
-    t.step(0.5);
-    EXPECT_NEAR(body->kiroBody.vel[0], 1.5, 1e-12);
 }
 
 // A load that was there before waits; what the force adds in each step does not pile up.
@@ -560,53 +452,6 @@ TEST_F(DynWorldStepTest, CallsDuringAStepAreRefused) {
     EXPECT_EQ(t.world->nBodies, 1);
     EXPECT_EQ(body->world, t.world);
     EXPECT_EQ(t.world->params.timeStep, kStep);
-}
-
-// Steady state allocates nothing.
-
-long sTableCalls = 0;
-
-TEST_F(DynWorldStepTest, SteadyStateMakesNoHeapCall) {
-    KitThreadPool pool(2);
-    Host host;
-    host.pool = &pool;
-    host.attach(t.world);
-    host.pre.reserve(1000);
-    host.post.reserve(1000);
-    host.finalSlice.reserve(1000);
-    DynWorldSetAutoDisable(t.world, 0);
-    setGravity(10);
-    for (int i = 0; i < 300; ++i) {
-        DynBody* body = t.addBody(i % 3);
-        if (i % 5 != 0)
-            t.join({t.bodies[t.bodies.size() - 2], body});
-    }
-    for (const int threaded : {0, 1}) {
-        DynWorldSetSolverThreaded(t.world, threaded);
-        for (int i = 0; i < 5; ++i)
-            t.step();
-        const KitMemoryAPIStruct table = KitMemoryAPI;
-        static KitMemoryAPIStruct plain;
-        plain = table;
-        KitMemoryAPI.create = [](std::size_t n) { return ++sTableCalls, plain.create(n); };
-        KitMemoryAPI.createZeroed = [](std::size_t n) {
-            return ++sTableCalls, plain.createZeroed(n);
-        };
-        KitMemoryAPI.createAligned = [](std::size_t n, std::size_t a) {
-            return ++sTableCalls, plain.createAligned(n, a);
-        };
-        KitMemoryAPI.resize = [](void* p, std::size_t n) {
-            return ++sTableCalls, plain.resize(p, n);
-        };
-        const long before = heapCalls();
-        sTableCalls = 0;
-        for (int i = 0; i < 10; ++i)
-            t.step();
-        const long calls = heapCalls() - before;
-        KitMemoryAPI = table;
-        EXPECT_EQ(sTableCalls, 0) << "threaded " << threaded;
-        EXPECT_EQ(calls, 0) << "threaded " << threaded;
-    }
 }
 
 } // namespace

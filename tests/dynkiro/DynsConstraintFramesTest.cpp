@@ -236,17 +236,6 @@ TEST(DynsConstraintFramesTest, PoolLearnsFromOverflow) {
     EXPECT_EQ(slice.parametersOf(0).memory_pool_needed, 0U);
 }
 
-TEST(DynsConstraintFramesTest, FramesOutsideTheSlice) {
-    Slice slice(0.01);
-    EXPECT_EQ(DynsConstraintFramesGetFrame(slice.frames, 0), nullptr);
-    EXPECT_EQ(DynsConstraintFramesGetKiroParameters(slice.frames, -1), nullptr);
-    EXPECT_EQ(DynsConstraintFramesGetKiroFrame(slice.frames, 3), nullptr);
-    slice.passes(7, 3);
-    DynsStep(slice.frames, 1); // an empty slice
-    EXPECT_EQ(DynsConstraintFramesSetThreaded(slice.frames, 0), 1);
-    EXPECT_EQ(DynsConstraintFramesGetThreaded(slice.frames), 0);
-}
-
 // A chain cut into one body a partition, with every row in a secondary one, comes by coupling to the
 // forces of the chain in one partition; also where all rows meet in one hub, which solving them side
 // by side would drive apart.

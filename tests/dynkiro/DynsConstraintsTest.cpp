@@ -63,15 +63,6 @@ TEST(DynsConstraintsTest, Capacities) {
     DynsConstraintsDestroy(c, &KitMemoryAPI);
 }
 
-TEST(DynsConstraintsTest, FromAPoolExactlyAsAsked) {
-    FrameParameters frame(0.01);
-    DynsConstraints c{};
-    DynsConstraintsNewResize(&c, 2, 3, 5, frame.p.memory_pool_handler);
-    EXPECT_EQ(c.max_constraint_rows, 5);
-    EXPECT_EQ(c.max_constraints, 2);
-    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(c.phi) % 64, 0U);
-}
-
 TEST(DynsConstraintsTest, BlocksAreLinkedByBody) {
     std::vector<DynsBody> bodies = makeBodies(3);
     DynsBody stranger = makeBody();

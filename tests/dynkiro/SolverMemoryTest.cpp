@@ -1,4 +1,4 @@
-#include "../engine/HeapCounter.h"
+#include "support/HeapCounter.h"
 #include "RandomPartition.h"
 #include "SpherePile.h"
 

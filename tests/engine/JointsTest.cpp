@@ -1,7 +1,6 @@
-#include "HeapCounter.h"
+#include "support/HeapCounter.h"
 #include "JointScene.h"
 
-#include <array>
 #include <functional>
 
 using namespace Hy;

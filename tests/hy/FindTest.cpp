@@ -1,4 +1,5 @@
 #include <Hy/Find.h>
+#include <Hy/HyBallAndSocket.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyUniverse.h>
@@ -29,34 +30,21 @@ TEST(FindTest, FindsTheOldestPartOfTheFirstUniverseThatHasTheName) {
     first.addPart(older);
     auto* unnamed = new HyPart;
     second->addPart(unnamed);
+    auto* joint = new HyBallAndSocket;
+    joint->setName("arm");
+    second->addConstraint(joint);
 
     EXPECT_EQ(Find::part("arm"), older);
     EXPECT_EQ(Find::part("arm", second), oldest);
     EXPECT_EQ(Find::part("Arm"), nullptr);
     EXPECT_EQ(Find::part("default_HyPart_" + std::to_string(unnamed->getCreationIndex())), unnamed);
 
+    EXPECT_EQ(Find::constraint("arm"), joint);
+    EXPECT_EQ(Find::constraint("arm", &first), nullptr);
+
     MessageCapture messages;
     EXPECT_EQ(Find::part("arm", nullptr), nullptr);
     EXPECT_EQ(messages.take(), "HyWarning{0}: Find::part: universe must not be null.\n");
-    HyFrame::release();
-}
-
-// The frame knows an object from its beginning until its subscribers have been told of its end.
-TEST(FrameRegistrationTest, FollowsTheLifeOfObjects) {
-    HyFrame* frame = HyFrame::instance();
-    frame->setEnableMemoryTracking(true);
-    struct Watch : HyBase::Subscriber {
-        void notify(int, HyBase* object) override {
-            isValid = HyFrame::currentInstance()->isHyBaseValid(object);
-        }
-        bool isValid = false;
-    } watch;
-    auto* object = new HyBase;
-    EXPECT_TRUE(frame->isHyBaseValid(object));
-    object->addSubscriber(&watch);
-    delete object;
-    EXPECT_TRUE(watch.isValid);
-    EXPECT_FALSE(frame->isHyBaseValid(object));
     HyFrame::release();
 }
 

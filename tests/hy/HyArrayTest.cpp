@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <csignal>
-#include <cstdint>
 #include <functional>
 #include <random>
 #include <set>
@@ -141,25 +140,6 @@ TEST(HyArrayTest, AgreesWithAVector) {
     }
     EXPECT_EQ(Tracked::live, 0);
     EXPECT_EQ(allocator.live, 0);
-}
-
-TEST(HyArrayTest, AssignmentKeepsStorageThatIsLargeEnough) {
-    HyArray<int> source = {1, 2, 3}, target(8, 0);
-    const CountingAllocator allocator;
-    target.clear();
-    target = source;
-    target = *&target; // itself
-    EXPECT_EQ(allocator.calls, 0);
-    EXPECT_EQ(target, source);
-}
-
-TEST(HyArrayTest, AlignsOveralignedElements) {
-    struct alignas(64) Line {
-        double values[8];
-    };
-    HyArray<Line> lines;
-    for (int i = 0; i < 9; ++i)
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&lines.add()) % 64, 0u);
 }
 
 TEST(HyArrayDeathTest, RangeErrorsEndTheProcess) {

@@ -196,20 +196,6 @@ TEST(HyBaseTest, TellsTheConstructorSubscriberOfEachObject) {
     EXPECT_EQ(a.lastEvent, HyBase::kEventCreate);
 }
 
-TEST(HyBaseTest, WarnsOfBadSubscriptions) {
-    MessageCapture messages;
-    HyBase object;
-    std::string log;
-    Recorder a(log, 'a');
-    object.addSubscriber(nullptr);
-    EXPECT_EQ(messages.take(),
-              "HyWarning{0}: HyBase::addSubscriber: subscriber must not be null.\n");
-    object.addSubscriber(HyBase::EVENT_NUM, &a);
-    EXPECT_NE(messages.take().find("HyBase::addSubscriber: event"), std::string::npos);
-    EXPECT_FALSE(object.isSubscribed(&a));
-    EXPECT_FALSE(object.isSubscribed(static_cast<HyBase::Event>(-1), &a));
-}
-
 TEST(HyBaseTest, TakesSubscribersFromAnyThread) {
     constexpr int kThreads = 4, kCount = 2000;
     HyBase object;

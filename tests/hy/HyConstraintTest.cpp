@@ -531,35 +531,6 @@ TEST_F(HyConstraintTest, WakesWhatItActsOn) {
     delete &hinge;
 }
 
-TEST_F(HyConstraintTest, UniverseTellsObserversAndFindsByName) {
-    struct Observer : HyUniverseObserver {
-        void onConstraintAdded(HyConstraint* constraint) override {
-            log += "+" + constraint->getName();
-        }
-        void onConstraintRemoved(HyConstraint* constraint) override {
-            log += "-" + constraint->getName();
-        }
-        std::string log;
-    } observer;
-    universe->registerObserver(&observer, false);
-    auto* hinge = new HyHinge(&addPart(), nullptr, HyVector3(), HyVector3(0, 0, 1));
-    hinge->setName("hinge");
-    EXPECT_TRUE(universe->addConstraint(hinge));
-    EXPECT_FALSE(universe->addConstraint(hinge));
-    EXPECT_FALSE(universe->addConstraint(nullptr));
-    EXPECT_EQ(Find::constraint("hinge"), hinge);
-    EXPECT_EQ(Find::constraint("hinge", universe), hinge);
-    EXPECT_EQ(Find::constraint("other"), nullptr);
-    HyUniverse other(10, 10, nullptr);
-    EXPECT_TRUE(other.addConstraint(hinge));
-    EXPECT_EQ(hinge->getUniverse(), &other);
-    EXPECT_EQ(universe->removeConstraint(hinge), nullptr);
-    EXPECT_TRUE(universe->addConstraint(hinge));
-    universe->destroyConstraints();
-    EXPECT_TRUE(universe->getConstraints().empty());
-    EXPECT_EQ(observer.log, "+hinge-hinge+hinge-hinge");
-}
-
 TEST_F(HyConstraintTest, VisitSeesWhatActsAndSurvivesChanges) {
     HyPart& part = addPart();
     std::vector<HyConstraint*> hinges;

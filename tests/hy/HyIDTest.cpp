@@ -19,17 +19,6 @@ TEST(HyIDTest, ChecksumIsCrc32) {
     EXPECT_EQ(calculateCRC32(nullptr, 0, 0xDEADBEEFu), 0xDEADBEEFu);
 }
 
-TEST(HyIDTest, EmptyAndUnnamed) {
-    EXPECT_EQ(HyID().asChecksum(), -1);
-    EXPECT_EQ(HyID(static_cast<const char*>(nullptr)).asChecksum(), -1);
-    EXPECT_TRUE(HyID::INVALID == HyID(""));
-    EXPECT_EQ(HyID(17).asString(), "Unknown");
-    EXPECT_EQ(HyID(17).asChecksum(), 17);
-    HyID id("arm");
-    id.reset("");
-    EXPECT_TRUE(id == HyID::INVALID);
-}
-
 TEST(HyIDTest, RegistersEachNumberOnce) {
     MessageCapture messages;
     const std::string first = "plumless", second = "buckeroo"; // of one checksum

@@ -144,20 +144,6 @@ TEST_F(HyInertiaTensorTest, PrincipalFrameStaysNearTheReference) {
     }
 }
 
-TEST_F(HyInertiaTensorTest, RotatingMovesTheAxes) {
-    const HyTransform axes = randomAxes(), frame = randomAxes();
-    const HyVector3 moments(1, 2, 2.5);
-    HyInertiaTensor a(moments, axes), b = a;
-    a.rotateBy(frame);
-    const HyReal rows[3][3] = {{frame.m[0][0], frame.m[0][1], frame.m[0][2]},
-                               {frame.m[1][0], frame.m[1][1], frame.m[1][2]},
-                               {frame.m[2][0], frame.m[2][1], frame.m[2][2]}};
-    b.rotateBy(rows);
-    const Eigen::Matrix3d expected = toEigen(HyInertiaTensor(moments, axes * frame));
-    EXPECT_LE((toEigen(a) - expected).norm(), 1e-15);
-    EXPECT_EQ(toEigen(a), toEigen(b));
-}
-
 TEST_F(HyInertiaTensorTest, RefusesWhatIsNotFiniteAndIndicesOutOfRange) {
     const WarningRecorder warnings;
     constexpr HyReal kNaN = std::numeric_limits<HyReal>::quiet_NaN();

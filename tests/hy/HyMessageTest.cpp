@@ -19,32 +19,6 @@ void receive(int code, const char* format, va_list arguments) {
 
 using Received = std::vector<std::string>;
 
-TEST(HyMessageTest, SharesHandlersAndLevelsWithTheLowLayers) {
-    received.clear();
-    EXPECT_EQ(HySetInfoHandler(receive), KitHandlerInfo);
-    EXPECT_EQ(HySetWarningHandler(receive), KitHandlerWarning);
-    HyInfo(1, "a%d", 1);
-    KitInfo(2, "b");
-    HyWarning(0, "c");
-    EXPECT_EQ(HySetInfoHandler(nullptr), receive);
-    EXPECT_EQ(HySetWarningHandler(nullptr), receive);
-    EXPECT_EQ(received, (Received{"1|a1", "2|b", "0|c"}));
-
-    const struct {
-        int (*get)();
-        int (*set)(int);
-        const int& low;
-    } channels[] = {{getHyInfoLevel, setHyInfoLevel, KitInfoLevel},
-                    {getHyWarningLevel, setHyWarningLevel, KitWarningLevel},
-                    {getHyFatalErrorLevel, setHyFatalErrorLevel, KitFatalErrorLevel}};
-    for (const auto& channel : channels) {
-        EXPECT_EQ(channel.set(3), 127);
-        EXPECT_EQ(channel.low, 3);
-        EXPECT_EQ(channel.get(), 3);
-        EXPECT_EQ(channel.set(127), 3);
-    }
-}
-
 TEST(HyMessageTest, AssertionNamesFileAndLineAndNeverTakesTheFileAsFormat) {
     received.clear();
     HySetFatalErrorHandler(receive);

@@ -34,17 +34,6 @@ struct EndCounter : HyRefCount::Subscriber {
     HyRefCount* object = nullptr;
 };
 
-TEST(HyRefCountTest, KnowsBothItsRoots) {
-    const HySmartPtr<Shape> owner(new Shape);
-    const Shape& shape = *owner;
-    for (const int id : {kShapeId, kHyBaseUserDataClassId, kHyBaseClassId, kHyRefCountClassId}) {
-        EXPECT_TRUE(static_cast<const HyRefCount&>(shape).isOfClassType(id)) << id;
-        EXPECT_TRUE(static_cast<const HyBase&>(shape).isOfClassType(id)) << id;
-    }
-    EXPECT_FALSE(shape.isOfExactClassType(kHyRefCountClassId));
-    EXPECT_TRUE(HyRefCount().isOfExactClassType(kHyRefCountClassId));
-}
-
 TEST(HyRefCountTest, LivesAsLongAsItIsReferenced) {
     MessageCapture messages;
     auto* shape = new Shape;

@@ -8,7 +8,6 @@
 
 #include <cfloat>
 #include <limits>
-#include <memory>
 
 using namespace Hy;
 
@@ -259,17 +258,6 @@ TEST_F(HySolverParametersTest, SecondaryGroupIsCreatedOrRefused) {
     EXPECT_EQ(group(0).getSecondarySolverGroup(), 2);
 }
 
-TEST_F(HySolverParametersTest, PartsCreateTheParametersOfTheirGroup) {
-    HyPart part(1);
-    part.setSolverGroup(4);
-    universe->addPart(&part);
-    EXPECT_EQ(universe->getSolverParametersCount(), 5);
-    part.setSolverGroup(6);
-    part.setSolverGroup(-1);
-    EXPECT_EQ(universe->getSolverParametersCount(), 7);
-    universe->removePart(&part);
-}
-
 // With compliance c, step h and half life n in steps: damping n h / c, loss c / h.
 TEST_F(HySolverParametersTest, CriticalSoftnessFollowsTheFramesStep) {
     EXPECT_DOUBLE_EQ(universe->getCriticalDamping(2000, 5), 5 * 0.01 * 2000);
@@ -443,17 +431,6 @@ TEST_F(ForceIterativeSolverTest, HoldsInEverySubstep) {
     EXPECT_EQ(check.seen, (std::vector<std::string>{kForced, kForced, kForced}));
     expectRestored();
     EXPECT_TRUE(warnings().empty());
-}
-
-// More groups than there was room for at the start.
-TEST_F(ForceIterativeSolverTest, TakesAnyNumberOfGroups) {
-    for (int i = 2; i < 40; ++i)
-        group(i).setConstraintIterativeSolverMaxIteration(100 + i);
-    frame->step();
-    expectRestored();
-    for (int i = 2; i < 40; ++i)
-        EXPECT_EQ(stateOf(group(i)), "0/" + std::to_string(100 + i));
-    EXPECT_EQ(stateOf(*second->getSolverParameters(0)), "0/8");
 }
 
 // A group made in a step copies a forced group 0, and is restored like it, with the warning.

@@ -1,6 +1,5 @@
 #include <Hy/HySmartThread.h>
 #include <Hy/HyThread.h>
-#include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
 
 #include "MessageCapture.h"
@@ -12,13 +11,11 @@
 #include <chrono>
 #include <ctime>
 #include <functional>
-#include <memory>
 #include <pthread.h>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 using namespace Hy;
 
@@ -318,24 +315,6 @@ TEST(HyTimerTest, AddsUpRunsAndWarnsOutOfOrder) {
     EXPECT_EQ(HyTimer::difference(5, 3), 2);
     EXPECT_EQ(HyTimer::sum(5, 3), 8);
     EXPECT_EQ(HyTimer::toSeconds(2.5), 2.5);
-}
-
-TEST(HyThreadPoolTest, ExecutesAVectorThroughTheHighLayer) {
-    struct Square : HyThreadPool::WorkUnit {
-        void process() override { value *= value; }
-        double value = 0;
-    };
-    HyThreadPool pool(2);
-    std::vector<Square> units(10);
-    HyThreadPoolExecute(&pool, units);
-    for (std::size_t i = 0; i < units.size(); ++i)
-        units[i].value = static_cast<double>(i);
-    HyThreadPoolExecute(&pool, units);
-    HyThreadPoolExecute(&pool, units.data(), 3);
-    for (std::size_t i = 0; i < units.size(); ++i)
-        EXPECT_EQ(units[i].value, static_cast<double>(i < 3 ? i * i * i * i : i * i));
-    HySemaphore semaphore;
-    EXPECT_EQ(semaphore.getValue(), 0);
 }
 
 } // namespace

@@ -83,13 +83,6 @@ TEST(HyUserDataTest, HoldsOneTypeAtATime) {
     EXPECT_EQ(data.getValueHyQuaternion()[0], 1);
 }
 
-TEST(HyUserDataTest, ComparesNamesAlone) {
-    EXPECT_TRUE(HyUserData("a", 1) == HyUserData("a", "one"));
-    EXPECT_TRUE(HyUserData("a", 2) < HyUserData("aa", 1));
-    EXPECT_TRUE(HyUserData("Z", 2) < HyUserData("a", 1));
-    EXPECT_TRUE(HyUserData("a", 2) < HyUserData("\xC3\xA4", 1)); // bytes are unsigned
-}
-
 TEST(HyUserDataContainerTest, KeepsOneValueAName) {
     HyBaseUserData object;
     const HyBaseUserData& constant = object;

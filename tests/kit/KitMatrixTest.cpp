@@ -3,8 +3,6 @@
 #include <Kit/KitMatrix4.h>
 #include <Kit/KitMatrixPrint.h>
 #include <Eigen/LU>
-#include <array>
-#include <cmath>
 #include <cstdlib>
 #include <limits>
 #include <numbers>
@@ -203,19 +201,6 @@ TEST(KitMatrix4Test, CompoundsAgreeWithEigenAndMayAlias) {
         }
 }
 
-TEST(KitMatrix4Test, RotationCompoundsLeaveTheTranslation) {
-    MathRandom random(25);
-    KitMatrix4 a, b, r;
-    storeTransform(a, random.rotation().toRotationMatrix(), random.vector(3));
-    storeTransform(b, random.rotation().toRotationMatrix(), random.vector(3));
-    storeTransform(r, Eigen::Matrix3d::Identity(), {1, 2, 3});
-    KitMatrix4TMCompoundRotation(r, a, b);
-    EXPECT_LT((rotationOf(r) - rotationOf(b) * rotationOf(a)).norm(), kRounding);
-    KitMatrix4TMCompoundRotationInverseSecond(r, r, b);
-    EXPECT_LT((rotationOf(r) - rotationOf(a)).norm(), kRounding);
-    EXPECT_EQ(columnForm(r).col(3), Eigen::Vector4d(1, 2, 3, 1));
-}
-
 TEST(KitMatrix4Test, UpdateMovesTheGivenPointByItsVelocityAlone) {
     MathRandom random(26);
     for (int n = 0; n < 200; ++n) {
@@ -264,16 +249,6 @@ TEST(KitMatrix4Test, UpdateWithAccelerationsTurnsAboutOwnAxes) {
         KitMatrix4TMUpdateFromVelocitiesAndAcceler(moved, h * 2, h, v.data(), a.data(), w.data(),
                                                    alpha.data(), tm);
         EXPECT_EQ(rotationOf(moved), rotationOf(tm)) << "a step below epsilon";
-    }
-}
-
-TEST(KitVectorTest, AreaOfTriangleIsHalfTheCrossProduct) {
-    MathRandom random(28);
-    for (int n = 0; n < 100; ++n) {
-        const Eigen::Vector3d a = random.vector(3), b = random.vector(3);
-        EXPECT_NEAR(KitVector3AreaOfTriangle(a.data(), b.data()), a.cross(b).norm() / 2, 1e-6);
-        const Eigen::Vector3d needle = 0.3 * a;
-        EXPECT_NEAR(KitVector3AreaOfTriangle(a.data(), needle.data()), 0, 1e-6);
     }
 }
 

@@ -38,14 +38,6 @@ TEST(KitMemoryTest, AlignsBlocksAndWarnsOfOddAlignments) {
     MallocDestroyAligned(nullptr);
 }
 
-TEST(KitMemoryTest, ResizeToNothingLeavesTheBlock) {
-    void* block = KitMemoryAPI_create(8);
-    std::memcpy(block, "1234567", 8);
-    EXPECT_EQ(KitMemoryAPI_resize(block, 0), nullptr);
-    EXPECT_STREQ(static_cast<char*>(block), "1234567");
-    KitMemoryAPI_destroy(block);
-}
-
 TEST(StdMemoryAllocatorDeathTest, EndsTheProcessWithoutMemory) {
     const auto failing = [](auto request) {
         const CountingAllocator allocator;

@@ -122,11 +122,4 @@ TEST(KitMessageDeathTest, FatalErrorOnAWorkerEndsAtOnceWithFlushedStreams) {
                 "^HyFatalError\\{0\\}: broke\nHyFatalError\nHyFatalError\\{0\\}: \nbroke\n\n$");
 }
 
-TEST(KitShortenPathTest, KeepsWhatFollowsTheLastSlash) {
-    EXPECT_STREQ(KitShortenPath("abc"), "abc");
-    EXPECT_STREQ(KitShortenPath("a/b/c"), "c");
-    EXPECT_STREQ(KitShortenPath("a/"), "");
-    EXPECT_STREQ(KitShortenPath(""), "");
-    EXPECT_STREQ(KitShortenPath(nullptr), "");
-}
 } // namespace

@@ -82,29 +82,6 @@ TEST(KitQuaternionTest, FiniteRotationTurnsAboutTheWorldAxis) {
     EXPECT_EQ(distance(q, Eigen::Quaterniond(0.5, -0.5, 0.5, 0.5)), 0);
 }
 
-TEST(KitQuaternionTest, VelocitiesLeadFromOneOrientationToTheOther) {
-    MathRandom random(14);
-    constexpr double kStep = 1e-4; // s
-    for (int n = 0; n < 100; ++n) {
-        const Eigen::Quaterniond from = random.rotation();
-        const Eigen::Vector3d w = random.vector(1);
-        const KitVector4 q0 = {from.w(), from.x(), from.y(), from.z()};
-        KitVector4 q1 = {q0[0], q0[1], q0[2], q0[3]};
-        KitQuaternionFiniteRotation(q1, w.data(), kStep);
-        Eigen::Vector3d forward, backwards;
-        KitQuaternionGetForwardVelocity(forward.data(), q0, q1);
-        KitQuaternionGetBackwardsVelocity(backwards.data(), q0, q1);
-        const double third = std::pow(w.norm() * kStep, 3); // sin instead of the angle
-        EXPECT_LT((forward - w * kStep).norm(), third);
-        EXPECT_LT((backwards - w * kStep).norm(), third);
-    }
-    // Far apart the two differ from the angle as 2 sin(angle / 2).
-    const KitVector4 q0 = {1, 0, 0, 0}, q1 = {std::cos(0.5), 0, std::sin(0.5), 0};
-    KitVector3 w;
-    KitQuaternionGetForwardVelocity(w, q0, q1);
-    EXPECT_NEAR(w[1], 2 * std::sin(0.5), kRounding);
-}
-
 // Spherical weights give a unit result in the plane of both; linear ones a chord, shorter than 1.
 TEST(KitQuaternionTest, SlerpChangesItsWeightsAtItsThreshold) {
     struct Case {

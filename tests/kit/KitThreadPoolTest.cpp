@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -269,79 +268,6 @@ TEST(KitThreadPoolTest, ManyCallersShareThePool) {
     for (const Unit& unit : shared)
         EXPECT_EQ(unit.runs, 4 * kRounds);
     EXPECT_EQ(added, 4 * kRounds);
-}
-
-// What a batch wrote is there for the next, whichever thread ran it; the sum is that of one thread.
-TEST(KitThreadPoolTest, StagesSeeWhatTheStageBeforeWrote) {
-    constexpr std::size_t kUnits = 37;
-    std::vector<double> cells(kUnits + 2, 1), next(kUnits + 2, 1);
-    KitThreadPool pool(4);
-    std::vector<Unit> units;
-    for (std::size_t i = 1; i <= kUnits; ++i)
-        units.emplace_back([&cells, &next, i] { next[i] = cells[i - 1] / 3 + cells[i + 1] / 7; });
-    std::vector<double> expected = cells;
-    for (int step = 0; step < 200; ++step) {
-        const std::vector<double> before = expected;
-        for (std::size_t i = 1; i <= kUnits; ++i)
-            expected[i] = before[i - 1] / 3 + before[i + 1] / 7;
-        KitThreadPoolExecute(&pool, units);
-        cells = next;
-    }
-    EXPECT_EQ(cells, expected);
-}
-
-TEST(KitThreadPoolTest, WorkersAreMarkedAndTheCallerOnlyWhileItHelps) {
-    KitThreadPool pool(2);
-    EXPECT_FALSE(KitIsWorkerThread());
-    std::atomic<int> marked{0};
-    std::vector<Unit> units(20, Unit([&marked] { marked += KitIsWorkerThread() ? 1 : 0; }));
-    KitThreadPoolExecute(&pool, units);
-    EXPECT_EQ(marked, 20);
-    EXPECT_FALSE(KitIsWorkerThread());
-}
-
-TEST(KitThreadTest, SemaphoresMutexesAndThreadsWork) {
-    KitSemaphore permits(2);
-    EXPECT_TRUE(permits.tryAcquire());
-    permits.acquire();
-    EXPECT_FALSE(permits.tryAcquire());
-    EXPECT_EQ(permits.getValue(), 0);
-
-    struct Shared {
-        KitThreadMutex* mutex = KitThreadMutexCreate();
-        KitSemaphore done;
-        int count = 0;
-        std::atomic<KitThread*> id{nullptr};
-    } shared;
-    const auto work = [](void* argument) -> void* {
-        auto* data = static_cast<Shared*>(argument);
-        for (int i = 0; i < 1000; ++i) {
-            KitThreadMutexLock(data->mutex);
-            ++data->count;
-            KitThreadMutexUnlock(data->mutex);
-        }
-        data->id = KitThreadGetID();
-        data->done.release();
-        KitThreadExit();
-    };
-    EXPECT_NE(KitThreadCreate(work, &shared), nullptr);
-    KitThread* last = KitThreadCreate(work, &shared);
-    shared.done.acquire();
-    shared.done.acquire();
-    EXPECT_EQ(shared.count, 2000);
-    EXPECT_NE(last, KitThreadGetID());
-    EXPECT_NE(shared.id, KitThreadGetID());
-    EXPECT_TRUE(KitThreadMutexTryLock(shared.mutex));
-    EXPECT_FALSE(KitThreadMutexTryLock(shared.mutex));
-    KitThreadMutexUnlock(shared.mutex);
-    KitThreadMutexDestroy(shared.mutex);
-
-    const WarningRecorder warnings;
-    KitThreadMutexLock(nullptr);
-    KitThreadMutexUnlock(nullptr);
-    KitThreadMutexDestroy(nullptr);
-    EXPECT_EQ(KitThreadCreate(nullptr, nullptr), nullptr);
-    EXPECT_EQ(warnings.take().size(), 3u);
 }
 
 } // namespace

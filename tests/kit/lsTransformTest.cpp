@@ -54,15 +54,4 @@ TEST(lsTransformTest, ViewsShareTheMemory) {
     EXPECT_EQ(lsTransform::constCast(m).transform(lsVec3(1, 1, 1)), lsVec3(2, 1, 4));
 }
 
-TEST(lsVec3Test, ReduceAndNormalizeKeepADirectionOnly) {
-    lsVec3 v(1e200, -4e200, 2e200);
-    EXPECT_EQ(v.iLargest(), 1);
-    EXPECT_EQ(v.reduce(), 4e200);
-    EXPECT_TRUE(v.checkAlmostEqual(lsVec3(0.25, -1, 0.5), 1e-15));
-    EXPECT_DOUBLE_EQ(v.normalize(), std::sqrt(1.3125));
-    lsVec3 zero;
-    EXPECT_EQ(zero.reduce(), 0);
-    EXPECT_EQ(zero.normalize(), 0);
-    EXPECT_EQ(zero, lsVec3(0, 0, 0));
-}
 } // namespace

@@ -19,6 +19,7 @@ using ColGoodbyeFn = void (*)(ColModelPair* pair);
 
 /// Values of ColModelPair::m_flags.
 constexpr int kColPairWasIntersecting = 1;
+constexpr int kColPairEnded = 2; ///< its goodbye was said
 
 /// Two models whose boxes overlap. ColHello() binds the functions and fixes the order of the models.
 struct ColModelPair {
@@ -33,6 +34,9 @@ struct ColModelPair {
     ColGoodbyeFn m_goodbyeFn = nullptr;
     void* responseData = nullptr; ///< of the bridge
     int m_flags = 0;
+    /// Response ids as of the begin, which a goodbye may still read when the models are gone.
+    int mResponseID1 = 0;
+    int mResponseID2 = 0;
 };
 
 /// A pair made by hand, in no space; ColModelPairDestroy() takes it. The models are not owned.

@@ -1,6 +1,7 @@
 #include <Col/ColFrame.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
+#include <Col/CxSpace.h>
 #include <Kit/KitMessage.h>
 #include <Kit/KitPool.h>
 
@@ -223,8 +224,16 @@ bool ColModelGetFastMoving(const ColModel* model) {
 }
 
 void ColModelSetTemporaryDisabledStatus(ColModel* model, ColModelTemporaryDisabledStatus status) {
-    set(model, &ColModel::mTemporaryDisabledStatus, status,
-        " in ColModelSetTemporaryDisabledStatus.");
+    if (!isModel(model, " in ColModelSetTemporaryDisabledStatus.") ||
+        status == model->mTemporaryDisabledStatus)
+        return;
+    const bool parked = model->mTemporaryDisabledStatus == kTemporaryDisabledLongTerm;
+    model->mTemporaryDisabledStatus = status;
+    if (!model->mSpace)
+        return;
+    if (parked != (status == kTemporaryDisabledLongTerm))
+        model->mSpace->Park(model->mSpaceID, !parked);
+    model->mSpace->StatusChanged(model->mSpaceID);
 }
 
 ColModelTemporaryDisabledStatus ColModelGetTemporaryDisabledStatus(const ColModel* model) {

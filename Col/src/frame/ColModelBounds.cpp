@@ -1,4 +1,6 @@
+#include <Col/ColComposite.h>
 #include <Col/ColMessage.h>
+#include <Col/ColModel.h>
 #include <Col/ColModelFunctions.h>
 
 #include <algorithm>
@@ -31,6 +33,14 @@ KitReal strayDistance(const ColModel& model, KitReal duration) {
     return sagitta(reach, theta) + bend;
 }
 
+/// The children's transforms and boxes follow those of the composite.
+void updateChildren(const ColCompositeGeometry& composite) {
+    lsVec3 min, max;
+    for (const auto* children : {&composite.mElements, &composite.mHoles})
+        for (ColModel* child : *children)
+            ColModelGetAABB(child, &min, &max);
+}
+
 bool hasVelocities(const ColModel& model) {
     return model.linearVelocity && model.angularVelocity;
 }
@@ -42,9 +52,11 @@ void ColModelGetAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner) {
         return;
     }
     ColModelUpdate(model);
-    if (model->mGeometry)
-        ColGeometryGetAABB(model->mGeometry, model->mGlobalTM, minCorner, maxCorner,
-                           model->mBounds);
+    if (!model->mGeometry)
+        return;
+    ColGeometryGetAABB(model->mGeometry, model->mGlobalTM, minCorner, maxCorner, model->mBounds);
+    if (model->mGeometry->mID == kColComposite)
+        updateChildren(*static_cast<const ColCompositeGeometry*>(model->mGeometry));
 }
 
 void ColModelGetPathAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner,

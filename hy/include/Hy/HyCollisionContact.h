@@ -2,41 +2,54 @@
 #include <Hy/HyVector3.h>
 
 struct ColContact;
+struct ColModel;
 
 namespace Hy {
 class HyCollisionGeometry;
+class HyMaterial;
 
-/// One point in which two geometries touch, before any dynamics.
-///
-/// A view on a record of the collision layer, valid within the notification that hands it out. World
-/// axes; the normal points from geometry 2 towards geometry 1.
+/// A contact as collision detection found it, before any dynamics exists. A view, valid during the
+/// notification that supplies it. The first geometry is that of the pair's first model.
 class HY_API HyCollisionContact {
 public:
-    /// @param contact not owned, not null
-    explicit HyCollisionContact(ColContact* contact) : m_pColContact(contact) {}
+    /// @param contact not null
+    HyCollisionContact(ColContact* contact, ColModel* model1, ColModel* model2)
+        : m_pColContact(contact), m1(model1), m2(model2) {}
 
+    /// Unit, from the second geometry towards the first.
     void getNormal(HyVector3& normal) const;
-    /// The point on the surface of a geometry, m.
-    /// @param modelIndex 0 for geometry 1, 1 for geometry 2; does not count where getSurfaceIndex() is -1
+    /// Point on the surface of geometry 0 or 1, world.
     void getPosition(HyVector3& position, int modelIndex) const;
-    /// Depth in m by which the surfaces overlap, negative while they are apart.
+    /// m, negative while the surfaces are apart.
     [[nodiscard]] HyReal getPenetration() const;
-    /// Not finite: a warning, nothing changes.
     void setPenetration(HyReal penetration);
-    /// Dimensions of the touching features: 0 vertex, 1 edge, 2 face.
-    void getDimensions(int& dimension1, int& dimension2) const;
-    /// Triangle, cell or child of a geometry in the contact.
-    void getIndices(int& index1, int& index2) const;
+    /// Dimensions of the touching features: 0 a vertex, 1 an edge, 2 a face, 3 a curved surface.
+    void getDimensions(int& d1, int& d2) const;
+    /// Elements of the geometries: triangle, cell or child.
+    void getIndices(int& i1, int& i2) const;
     [[nodiscard]] int getIndex1() const;
     [[nodiscard]] int getIndex2() const;
-    /// Whose surface bears the stored point: 0 geometry 1, 1 geometry 2, -1 neither.
+    /// Geometry whose surface carries the point, 0 or 1; 0xFFFF for neither.
     [[nodiscard]] int getSurfaceIndex() const;
-    /// Null where the model below belongs to no geometry. In a composite the child that touches.
+
+    /// Of a composite the child; null where it is gone.
     [[nodiscard]] HyCollisionGeometry* getCollisionGeometry1() const;
     [[nodiscard]] HyCollisionGeometry* getCollisionGeometry2() const;
+    /// Null stands for the default material.
+    void getMaterials(HyMaterial*& material1, HyMaterial*& material2) const;
+    [[nodiscard]] HyMaterial* getMaterial1() const;
+    [[nodiscard]] HyMaterial* getMaterial2() const;
+    /// Indices in the table of materials, 0 for the default one.
+    void getMaterialIndices(int& index1, int& index2) const;
+    [[nodiscard]] int getMaterialIndex1() const;
+    [[nodiscard]] int getMaterialIndex2() const;
+    /// Whether the shape of geometry 1, or of geometry 2 for another number, is exactly of a class.
+    [[nodiscard]] bool isOfExactClassType(int model, int classType) const;
 
 private:
     ColContact* m_pColContact;
+    ColModel* m1;
+    ColModel* m2;
 };
 
 } // namespace Hy

@@ -51,8 +51,12 @@ public:
         Target() = default;
         /// Names a part, which is alive; null: everything.
         Target(HyPart* namedPart);
+        /// Names a geometry likewise.
+        Target(HyCollisionGeometry* namedGeometry);
         /// A part and all that it belongs to.
         [[nodiscard]] static Target chainOf(HyPart* part);
+        /// A geometry and all that it belongs to.
+        [[nodiscard]] static Target chainOf(HyCollisionGeometry* geometry);
 
         /// The more specific object first; of one kind the one created first.
         [[nodiscard]] bool operator<(const Target& other) const;

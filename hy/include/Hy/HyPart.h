@@ -5,12 +5,14 @@
 #include <Hy/HyEulerAngles.h>
 #include <Hy/HyMassProperties.h>
 #include <Hy/HyTransform.h>
+#include <Hy/HySafeWalk.h>
 
 #include <memory>
 
 struct DynBody;
 
 namespace Hy {
+class HyCollisionGeometry;
 class FrictionDirectionSubscriber;
 class HyConstraint;
 class HyPartState;
@@ -33,6 +35,8 @@ public:
         kControlDynamic = 1,  ///< forces
         kControlStatic = 2    ///< nobody
     };
+
+    using CollisionGeometries = HyWalkedObjects<HyCollisionGeometry>;
 
     // Life.
 
@@ -222,9 +226,10 @@ public:
     void getInertiaAbsolute(HyReal inertia[3][3]) const;
     /// Principal moments, and the absolute frame that they belong to.
     void getOrthogonalInertia(HyVector3& moments, HyTransform& frame) const;
-    void setLockMass(bool locked) { mMassLocked = locked; }
-    void setLockCOM(bool locked) { mCOMLocked = locked; }
-    void setLockInertia(bool locked) { mInertiaLocked = locked; }
+    /// A lock that opens lets the geometries decide again.
+    void setLockMass(bool locked);
+    void setLockCOM(bool locked);
+    void setLockInertia(bool locked);
     [[nodiscard]] bool getLockMass() const { return mMassLocked; }
     [[nodiscard]] bool getLockCOM() const { return mCOMLocked; }
     [[nodiscard]] bool getLockInertia() const { return mInertiaLocked; }
@@ -233,6 +238,47 @@ public:
     /// Lets the tensor act as the mean of its diagonal about every axis.
     void setSphericalInertiaEnabled(bool enabled);
     [[nodiscard]] bool getSphericalInertiaEnabled() const;
+
+    // Mass from geometries: what is not locked follows them, by their densities.
+
+    /// Takes mass, tensor and centre of mass of one geometry, and locks all three.
+    void setMassPropertiesFromGeometry(const HyCollisionGeometry* geometry);
+    /// Takes the tensor, scaled to the part's mass, and the centre of mass, and locks the two.
+    void setInertiaAndCOMFromGeometry(const HyCollisionGeometry* geometry);
+    /// Opens all three locks.
+    void resetMassPropertiesFromCollisionGeometry();
+    /// Sum over the geometries that count for the mass, by their densities. False without any volume.
+    bool getGeometryMassProperties(HyMassProperties& properties) const;
+
+    // Geometries. They move with the part, are owned by it, and never touch each other.
+
+    /// Takes a geometry, out of a composite, another part or universe if it is in one. False for
+    /// null, one that is here, and a hole, which needs a composite and gets a warning.
+    bool addCollisionGeometry(HyCollisionGeometry* geometry);
+    /// Gives a geometry back to the caller; null if it was not here.
+    HyCollisionGeometry* removeCollisionGeometry(HyCollisionGeometry* geometry);
+    void destroyCollisionGeometry(HyCollisionGeometry* geometry);
+    /// The mass properties stay as they are.
+    void destroyCollisionGeometries();
+    /// In the order of creation.
+    [[nodiscard]] const CollisionGeometries& getCollisionGeometries() const {
+        return mCollisionGeometries;
+    }
+    /// World box of all geometries; the part's position if there are none.
+    void getBoundingBox(HyVector3& min, HyVector3& max) const;
+    /// A world sphere around all geometries.
+    void getBoundingSphere(HyVector3& centre, HyReal& radius) const;
+    /// Brings the geometries' world transforms up to date.
+    void updateTransform();
+    /// Brings the space up to date with the geometries.
+    void updateCollision();
+    void dirtyCollisionGeometries();
+    /// Follows the part along its path, so that it cannot jump through what is thin.
+    void setFastMoving(bool on);
+    [[nodiscard]] bool getFastMoving() const { return mFastMoving; }
+    /// Whether parts are fast from when they become dynamic; off at first.
+    static void setAutoFastMoving(bool on);
+    [[nodiscard]] static bool getAutoFastMoving();
 
     // Fast spin: rotation about this axis is integrated by itself, exactly. An axis has any length;
     // zero stands for (1, 0, 0).
@@ -295,6 +341,11 @@ public:
     /// After the frame's step: what was added for it is gone.
     void postStep();
 
+    // For geometries.
+
+    /// Takes from the geometries what is not locked.
+    void updateMassFromGeometries();
+
     // For constraints.
 
     /// A constraint names the part from now on, or in one slot less. Both wake it.
@@ -327,12 +378,15 @@ private:
     void placeCentreOfMass(const HyTransform& tm);
     void updateConstraints();
     void applyFastSpinAxis();
+    void setGeometriesStatic(bool on);
+    void updateCollisionGeometryCOMOffset();
 
     HyTransform mPrevTransform;
     DynBody* mDynBodyID = nullptr; ///< from the pool of all parts
     HyMassProperties mMassProperties;
     HyVector3 mFastSpinAxis{0, 0, 1};       ///< relative
     HyArray<HyConstraint*> mConstraintsArr; ///< each once
+    CollisionGeometries mCollisionGeometries;
     std::unique_ptr<FrictionDirectionSubscriber> mFrictionDirectionSubscriber;
     HyUniverse* mUniverse = nullptr;
     EntityControlTypeEnum mControlType = kControlAnimated;     ///< asked for
@@ -340,6 +394,7 @@ private:
     int mSolverGroup = 0;
     bool mControlTypeDirty = true; ///< not yet applied to the body
     bool mFreezeState = false;
+    bool mFastMoving = false;
     bool mMassLocked = false;
     bool mCOMLocked = false;
     bool mInertiaLocked = false;

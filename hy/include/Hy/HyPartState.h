@@ -1,7 +1,11 @@
 #pragma once
 #include <Dyn/DynBody.h>
+#include <Hy/HyCollisionGeometryState.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPointer.h>
+
+#include <memory>
+#include <vector>
 
 namespace Hy {
 
@@ -13,6 +17,7 @@ public:
     void restore();
 
     HyPointer<HyPart> mInstance;
+    std::vector<std::unique_ptr<HyCollisionGeometryState>> mCollisionGeometries;
     HyTransform mTransform;
     HyVector3 mLinearVelocity;
     HyVector3 mAngularVelocity;

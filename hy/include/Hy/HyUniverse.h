@@ -1,6 +1,7 @@
 #pragma once
 #include <Hy/HyCallbackList.h>
 #include <Hy/HyEnabledListIterator.h>
+#include <Hy/HyIntersectSubscriber.h>
 #include <Hy/HySafeWalk.h>
 #include <Hy/HyStepperBase.h>
 #include <Hy/HyVector3.h>
@@ -8,11 +9,17 @@
 #include <memory>
 #include <vector>
 
+class CxSpace;
+struct ColModel;
 struct DynBaseConstraint;
 struct DynBody;
 struct DynWorld;
 
 namespace Hy {
+class HyBridge;
+class HyCollisionGeometry;
+class HyCollisionGeometryPair;
+class HyCollisionPairRequest;
 class HyCollisionRule;
 class HyCollisionRuleStore;
 class HyConstraint;
@@ -23,6 +30,7 @@ class HyMaterialTable;
 class HyPart;
 class HySolverParameters;
 class HyUniverseObserver;
+struct HyResponsePair;
 class HyUserContacts;
 struct HySavedCoordinates;
 class HyUniverseState;
@@ -36,6 +44,9 @@ class HY_API HyUniverse : public HyClass<kHyUniverseClassId, HyStepperBase> {
 public:
     using Parts = HyWalkedObjects<HyPart>;
     using Constraints = HyWalkedObjects<HyConstraint>;
+    using CollisionGeometries = HyWalkedObjects<HyCollisionGeometry>;
+    using IntersectSubscriber = HyIntersectSubscriber;
+    using eIntersectEventType = Hy::eIntersectEventType;
 
     /// Duration of each stage when it ran last, ms. All are zeroed when a step begins.
     struct UniverseTimings {
@@ -45,6 +56,9 @@ public:
         HyReal updateSubscribers = 0;
         HyReal preStepParts = 0;
         HyReal postStepParts = 0;
+        HyReal collisionDetectionBroadPhase = 0;
+        HyReal collisionDetectionContactGeneration = 0;
+        HyReal intersectSubscribers = 0; ///< within the contact generation
     };
 
     /// Is called in each detection, so in each substep, before the solve. Not owned.
@@ -64,8 +78,19 @@ public:
         kPartitionSplittingGroup = 2,
     };
 
+    /// Response ids of geometries; applications may add more.
+    enum ResponseID : int {
+        kResponsePart = 0,   ///< makes contacts
+        kResponseSensor = 1, ///< only tells subscribers
+        kResponseParticle = 2,
+        kResponseSphParticle = 3,
+        kResponseUser = 4,
+        kMaxResponseID = 4,
+    };
+
     using DynamicPartIterator = HyEnabledListIterator<DynBody, HyPart>;
     using EnabledConstraintsIterator = HyEnabledListIterator<DynBaseConstraint, HyConstraint>;
+    using DynamicsContactIterator = HyEnabledListIterator<DynBaseConstraint, HyDynamicsContact>;
 
     // Life.
 
@@ -114,6 +139,9 @@ public:
     /// Visits the constraints that act. Elements may be removed, disabled or destroyed on the way.
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsBegin();
     [[nodiscard]] EnabledConstraintsIterator enabledConstraintsEnd();
+    /// Visits the contacts that act, likewise.
+    [[nodiscard]] DynamicsContactIterator dynamicsContactBegin();
+    [[nodiscard]] DynamicsContactIterator dynamicsContactEnd();
 
     // Materials.
 
@@ -129,6 +157,97 @@ public:
     /// HyMaterialTable::dump() of the table.
     void dumpMaterialPropertyTable(const char* filename) const;
 
+    // Collision geometries; those of parts come and go with their part.
+
+    bool addCollisionGeometry(HyCollisionGeometry* geometry);
+    HyCollisionGeometry* removeCollisionGeometry(HyCollisionGeometry* geometry);
+    void destroyCollisionGeometry(HyCollisionGeometry* geometry);
+    void destroyCollisionGeometries();
+    /// In the order of creation.
+    [[nodiscard]] const CollisionGeometries& getCollisionGeometries() const {
+        return mCollisionGeometries;
+    }
+
+    // Pairs of geometries. Answers false unless both are enabled and in one space. What is switched
+    // between steps acts in the next one.
+
+    bool enablePairIntersect(HyCollisionGeometry* a, HyCollisionGeometry* b);
+    bool disablePairIntersect(HyCollisionGeometry* a, HyCollisionGeometry* b);
+    bool enablePairIntersect(HyCollisionGeometry* a, HyPart* b);
+    bool disablePairIntersect(HyCollisionGeometry* a, HyPart* b);
+    bool enablePairIntersect(HyPart* a, HyPart* b);
+    bool disablePairIntersect(HyPart* a, HyPart* b);
+    [[nodiscard]] bool getPairIntersectEnabled(const HyCollisionGeometry* a,
+                                               const HyCollisionGeometry* b) const;
+    void enablePairsWith(HyCollisionGeometry* geometry);
+    void disablePairsWith(HyCollisionGeometry* geometry);
+    void enablePairsWith(HyPart* part);
+    void disablePairsWith(HyPart* part);
+    void enableAllPairs();
+    void disableAllPairs();
+    /// Pairs of geometries of parts that are not dynamic.
+    void enableKinematicPairs();
+    void disableKinematicPairs();
+    [[nodiscard]] std::size_t getPairEnabledCount() const;
+    /// Whether the boxes overlap.
+    [[nodiscard]] bool isPairNearby(const HyCollisionGeometry* a,
+                                    const HyCollisionGeometry* b) const;
+    [[nodiscard]] bool isPairNearby(const HyPart* a, const HyPart* b) const;
+    /// Null unless the boxes overlap.
+    [[nodiscard]] HyCollisionGeometryPair*
+    getCollisionGeometryPair(const HyCollisionGeometry* a, const HyCollisionGeometry* b) const;
+
+    // How pairs are looked at and what is done with them.
+
+    /// Request of pairs of parts whose geometries have these request ids; grows the table.
+    HyCollisionPairRequest& getPartPartCollisionPairRequest(int id1, int id2);
+    [[nodiscard]] int getPartPartCollisionRequestMaxIndex() const;
+    void setPartPartCollisionRequestMaxIndex(int index);
+    /// A new request id that is looked at as the template.
+    int getNewPartPartCollisionRequestID(int templateID);
+    HyCollisionPairRequest& getSensorPartCollisionPairRequest();
+    HyCollisionPairRequest& getSensorSensorCollisionPairRequest();
+    /// Ids out of range: a warning, and the pair of parts' or no change.
+    [[nodiscard]] const HyResponsePair& getResponsePair(int id1, int id2) const;
+    void setResponsePair(int id1, int id2, const HyResponsePair& response);
+    [[nodiscard]] int getResponsePairMaxIndex() const;
+    void setResponsePairMaxIndex(int index);
+    int getNewResponseIDFromTemplateID(int templateID);
+    [[nodiscard]] bool haveSameResponseFunction(int id1, int id2) const;
+    /// Not owned; the ids in either order. At a place in the list of who is told, the end if it is
+    /// shorter.
+    void addIntersectSubscriber(int id1, int id2, eIntersectEventType event,
+                                IntersectSubscriber* subscriber, unsigned priority = 0);
+    bool removeIntersectSubscriber(int id1, int id2, eIntersectEventType event,
+                                   IntersectSubscriber* subscriber);
+    /// Place in the list, the largest number if it is not there.
+    [[nodiscard]] unsigned getIntersectSubscriberPriority(int id1, int id2,
+                                                          eIntersectEventType event,
+                                                          const IntersectSubscriber* s) const;
+    void setAcceptNonDynamicPairCollision(bool on);
+    [[nodiscard]] bool getAcceptNonDynamicPairCollision() const;
+    /// Intersects pairs on the frame's workers; off at first.
+    void setCollisionIntersectMultithreaded(bool on);
+    [[nodiscard]] bool getCollisionIntersectMultithreaded() const;
+    /// Computes boxes on the frame's workers; off at first.
+    void setCollisionBroadPhaseMultithreaded(bool on);
+    [[nodiscard]] bool getCollisionBroadPhaseMultithreaded() const {
+        return mBroadPhaseMultithreaded;
+    }
+    void setCollisionMultithreaded(bool on);
+    [[nodiscard]] bool getCollisionMultithreaded() const;
+    [[nodiscard]] unsigned getCollisionGeometryPairMaxCount() const;
+    /// Contacts that a pair may give before its buffer grows, above 0. Not while stepping.
+    void setContactBufferSize(int size);
+    /// Distance at which contacts of a geometry begin, m, for models made from now on in the process;
+    /// finite and not negative, otherwise a warning and no change.
+    static void setDefaultContactTolerance(HyReal tolerance);
+    [[nodiscard]] static HyReal getDefaultContactTolerance();
+    /// Brings all contacts up to date with the present positions, of sleeping parts as well, which
+    /// stay asleep.
+    /// @param enableSubscribers whether intersect subscribers hear of it
+    void resetContacts(bool enableSubscribers);
+
     // Collision rules, see HyCollisionRule. Those that name an object go with it.
 
     /// Takes a copy of a rule, whose objects are alive, and answers the ID that it gave it: the first
@@ -142,6 +261,9 @@ public:
     void removeCollisionRules();
     /// In the order of HyCollisionRule::operator<, equivalent ones in the order of adding.
     [[nodiscard]] const std::vector<HyCollisionRule>& getCollisionRules() const;
+    /// While suspended, pairs stay as they are; afterwards all rules are applied anew.
+    void setCollisionRulesSuspended(bool on);
+    [[nodiscard]] bool getCollisionRulesSuspended() const { return mCollisionRulesSuspended; }
 
     // Contacts that the application makes. One acts through one step, and is then disabled until
     // HyDynamicsContact::enableContact() lets it act through the next.
@@ -283,6 +405,13 @@ public:
     void removeDynBody(DynBody* body);
     /// The same for a constraint's record.
     void insertDynConstraint(DynBaseConstraint* record);
+    /// The same for a geometry's model.
+    void insertColModel(ColModel* model);
+    void removeColModel(ColModel* model);
+    /// A contact's record is about to go.
+    void dynContactLeaves(const DynBaseConstraint* record) { mContactVisits.leaves(record); }
+    /// Collision rules are to look at the geometry again.
+    void collisionGeometryDirty(HyCollisionGeometry* geometry);
     void removeDynConstraint(DynBaseConstraint* record);
     /// The part wants HyPart::preStep() at the start of the next step; asked once for each step.
     void partNeedsPreStep(HyPart* part);
@@ -292,6 +421,8 @@ public:
     /// The part has left; it is called no more.
     void partLeavesPreStep(HyPart* part);
     [[nodiscard]] DynWorld* getDynWorld() const { return mWorld; }
+    [[nodiscard]] CxSpace* getColSpace() const { return mSpace; }
+    [[nodiscard]] HyBridge* getBridge() const { return mBridge.get(); }
 
 protected:
     void preUpdateImpl() override;
@@ -307,6 +438,7 @@ private:
     struct MemberKind;
     static const MemberKind<HyPart> kParts;
     static const MemberKind<HyConstraint> kConstraints;
+    static const MemberKind<HyCollisionGeometry> kGeometries;
 
     template <typename T>
     bool addMember(const MemberKind<T>& kind, T* member);
@@ -322,7 +454,11 @@ private:
 
     void tellOfAllContents(HyUniverseObserver& observer, bool added);
 
-    void init(unsigned maxCollisionGeometries);
+    void init(unsigned maxCollisionGeometries, unsigned maxCollisionPairs);
+    void initResponses();
+    void stepCollisionRules();
+    void applyCollisionRules(const std::vector<HyCollisionGeometry*>& geometries, bool all);
+    [[nodiscard]] bool hasResponsePair(int id1, int id2, const char* operation) const;
     template <typename Stage>
     void measure(HyReal& milliseconds, Stage stage);
     void preStepParts();
@@ -338,13 +474,18 @@ private:
     HyCallbackList<HyUniverseObserver> mObservers;
     HyCallbackList<UpdateSubscriber> mUpdateSubscriberList;
     Constraints mConstraints;
+    CollisionGeometries mCollisionGeometries;
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
+    HyEnabledListVisits<DynBaseConstraint, HyDynamicsContact> mContactVisits;
     std::unique_ptr<HySavedCoordinates> mSavedCoordinates; ///< as the present step began
     std::unique_ptr<HyCollisionRuleStore> mCollisionRules;
+    std::unique_ptr<HyCollisionRuleStore> mCollisionRulesChanged; ///< since the last detection
     std::unique_ptr<HyMaterialTable> mOwnMaterialTable;
     HyMaterialTable* mMaterialTable = nullptr; ///< the own one or a shared one
     DynWorld* mWorld = nullptr;
+    CxSpace* mSpace = nullptr;
+    std::unique_ptr<HyBridge> mBridge;
     std::unique_ptr<HyUserContacts> mUserContacts;
     HyTimer mTimer;
     UniverseTimings mUniverseTimings;
@@ -352,6 +493,11 @@ private:
     unsigned mCollisionRulesNextID;
     int mGlobalCouplingSolverGroup = -1;
     bool mStepping = false;
+    bool mBroadPhaseMultithreaded = false;
+    bool mFirstStep = true;
+    bool mCollisionRulesSuspended = false;
+    bool mCollisionRulesReset = true;
+    bool mCollisionGeometriesDirty = false;
 };
 
 } // namespace Hy

@@ -2,6 +2,7 @@
 #include <Kit/KitApi.h>
 
 namespace Hy {
+class HyCollisionGeometry;
 class HyConstraint;
 class HyPart;
 class HyUniverse;
@@ -23,6 +24,9 @@ public:
     virtual void onPartAdded(HyPart*) {}
     /// The part has left the universe and is still alive.
     virtual void onPartRemoved(HyPart*) {}
+    /// The same for a collision geometry, by itself or of a part.
+    virtual void onCollisionGeometryAdded(HyCollisionGeometry*) {}
+    virtual void onCollisionGeometryRemoved(HyCollisionGeometry*) {}
     /// The same for a constraint. One that is told of from its own destructor is a HyConstraint only.
     virtual void onConstraintAdded(HyConstraint*) {}
     virtual void onConstraintRemoved(HyConstraint*) {}

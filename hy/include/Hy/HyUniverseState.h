@@ -7,6 +7,7 @@
 #include <vector>
 
 namespace Hy {
+class HyCollisionGeometryState;
 class HyConstraintState;
 class HyPartState;
 class HyUniverse;
@@ -22,16 +23,22 @@ public:
     void restore();
     /// The universe that was captured, null once it is destroyed.
     [[nodiscard]] HyUniverse* getInstance() const { return mInstance.get(); }
+    /// Whether intersect subscribers hear of the contacts of the restored state; off at first.
+    void setEnableIntersectSubscribersOnRestore(bool on) {
+        mEnableIntersectSubscribersOnRestore = on;
+    }
 
 private:
     friend class HyUniverse;
     HyUniverseState();
 
     HyPointer<HyUniverse> mInstance;
+    std::vector<std::unique_ptr<HyCollisionGeometryState>> mCollisionGeometries;
     std::vector<std::unique_ptr<HyPartState>> mParts; ///< in the order of the parts' creation
     std::vector<std::unique_ptr<HyConstraintState>> mConstraints;
     HyVector3 mGravity; ///< m/s²
     bool mAutoSleep = true;
+    bool mEnableIntersectSubscribersOnRestore = false;
 };
 
 } // namespace Hy

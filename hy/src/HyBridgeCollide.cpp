@@ -1,0 +1,325 @@
+#include "HyBridgeArena.h"
+
+#include <Col/ColIntersect.h>
+#include <Col/ColModel.h>
+#include <Col/ColModelPair.h>
+#include <Col/ColModelPairContainer.h>
+#include <Col/ColSpace.h>
+#include <Dyn/DynBody.h>
+#include <Dyn/DynContact.h>
+#include <Hy/HyBridge.h>
+#include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyDynamicsContactInput.h>
+#include <Hy/HyFrame.h>
+#include <Hy/HyIntersectFilter.h>
+#include <Hy/HyIntersectResult.h>
+#include <Hy/HyMessage.h>
+#include <Hy/HyUniverse.h>
+
+// One update of the bridge: goodbye, hello, intersection on the workers, responses in order.
+
+namespace Hy {
+namespace {
+
+/// Fewer pairs are not worth the workers.
+constexpr std::size_t kParallelPairs = 9;
+/// Pairs of one unit of work: many small units balance, and their number does not follow that of the
+/// workers.
+constexpr std::size_t kPairsPerUnit = 32;
+
+bool isSensor(const ColModel* model) {
+    return model->mResponseID == HyUniverse::kResponseSensor;
+}
+
+const DynBody* rootOf(const ColModel* model) {
+    return model->mBody ? model->mBody->rootParent : nullptr;
+}
+
+} // namespace
+
+void HyBridge::updateContacts(HyReal time) {
+    ColSpaceEndChanges(mSpace);
+    mSafeTime = time;
+    ColSpacePairIterator iterator;
+    ColSpacePairIteratorBegin(mSpace, &iterator);
+    int count = 0;
+    for (bool more = true; more; ++count) {
+        ColModelPairContainerReset(mPairs);
+        more = mNumInactiveEntityPairSubscribers > 0
+                   ? ColSpaceGetPairsIncludingFrozen(mSpace, &iterator, mPairs) != 0
+                   : ColSpaceGetPairs(mSpace, &iterator, mPairs) != 0;
+        handleTransitions();
+        handleCollisions(time);
+    }
+    ColModelPairContainerReset(mPairs); // the pairs may go in the interval that begins
+    ColSpaceBeginChanges(mSpace);
+    if (count > 1 && mMultiThreaded) { // all pairs at a time keep the workers busy
+        const unsigned size = static_cast<unsigned>(count + 1) * mCollisionPairsMaxCount;
+        HyWarning(0, "HyBridge::updateContacts: resizing collision pair max count to %d\n", size);
+        setCollisionPairsMaxCount(size);
+    }
+}
+
+void HyBridge::updateTransitions() {
+    ColSpaceEndChanges(mSpace);
+    ColSpacePairIterator iterator;
+    ColSpacePairIteratorBegin(mSpace, &iterator);
+    for (bool more = true; more;) {
+        ColModelPairContainerReset(mPairs);
+        more = ColSpaceGetTransitions(mSpace, &iterator, mPairs) != 0;
+        handleTransitions();
+    }
+    ColModelPairContainerReset(mPairs);
+    ColSpaceBeginChanges(mSpace);
+}
+
+void HyBridge::handleTransitions() {
+    for (int i = mPairs->goodbyeFirst; i < mPairs->goodbyeEnd; ++i)
+        if (mPairs->array[i])
+            sayGoodbye(mPairs->array[i]);
+    for (int i = mPairs->helloFirst; i < mPairs->helloEndStayingFirst; ++i) {
+        ColModelPair* pair = mPairs->array[i];
+        if (!pair)
+            continue;
+        const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
+        if (response.mResponseHello.valid())
+            (*response.mResponseHello)(this, pair, mSpace, mWorld, &response);
+        else
+            ColHello(pair);
+    }
+}
+
+// A pair of a removed model was ended at its removal.
+void HyBridge::sayGoodbye(ColModelPair* pair) {
+    if ((pair->m_flags & kColPairEnded) != 0)
+        return;
+    pair->m_flags |= kColPairEnded;
+    if (ColModelPairGetWasIntersecting(pair)) {
+        ColModelPairSetWasIntersecting(pair, false);
+        ColIntersectResult empty;
+        empty.pair = pair;
+        notify(pair, &empty, kEventDisjoint);
+    }
+    const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
+    if (response.mResponseGoodbye.valid())
+        (*response.mResponseGoodbye)(this, pair, mSpace, mWorld, &response);
+    ColGoodbye(pair);
+}
+
+void HyBridge::modelRemoved(ColModel* model) {
+    const auto isOf = [model](const ColModelPair* pair) {
+        return pair && (pair->model1 == model || pair->model2 == model);
+    };
+    if (mPairs)
+        for (int i = 0; i < mPairs->size; ++i)
+            if (isOf(mPairs->array[i]))
+                mPairs->array[i] = nullptr;
+    for (const auto& arena : mArenas)
+        for (Result& result : arena->results)
+            if (isOf(result.pair))
+                result.pair = nullptr;
+    for (CxPairLink* link : mSpace->GetRemovedPairList())
+        if (isOf(&link->mPair))
+            sayGoodbye(&link->mPair);
+    ColSpaceForgetModel(mSpace, model);
+}
+
+// Intersection.
+
+void HyBridge::handleCollisions(HyReal time) {
+    const auto first = static_cast<std::size_t>(mPairs->helloFirst);
+    const auto end = static_cast<std::size_t>(mPairs->stayingEnd);
+    const std::size_t units = (end - first + kPairsPerUnit - 1) / kPairsPerUnit;
+    while (mArenas.size() < units)
+        mArenas.push_back(std::make_unique<Arena>());
+    if (mUnits.size() < units)
+        mUnits.resize(units);
+    for (std::size_t unit = 0; unit < units; ++unit) {
+        const std::size_t from = first + unit * kPairsPerUnit;
+        mUnits[unit].set(this, from, std::min(end, from + kPairsPerUnit), time,
+                         mArenas[unit].get());
+    }
+    HyFrame* frame = HyFrame::currentInstance();
+    const bool parallel = mMultiThreaded && end - first >= kParallelPairs && frame;
+    KitThreadPoolExecute(parallel ? frame->getThreadPool() : nullptr, mUnits.data(), units);
+    for (std::size_t unit = 0; unit < units; ++unit) {
+        mSafeTime = std::min(mSafeTime, mArenas[unit]->safeTime);
+        respond(*mArenas[unit]);
+    }
+    handleInactivePairs();
+}
+
+void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const {
+    arena.clear();
+    arena.safeTime = time;
+    if (arena.buffer.size() < static_cast<std::size_t>(mContactBufferSize))
+        arena.buffer.resize(static_cast<std::size_t>(mContactBufferSize));
+    for (std::size_t i = first; i < end; ++i)
+        if (mPairs->array[i])
+            collidePair(mPairs->array[i], time, arena);
+}
+
+// Runs on a worker: touches the pair and the arena alone.
+void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const {
+    const auto add = [&](Result::Kind kind, eIntersectEventType event) -> ColIntersectResult& {
+        Result& result = arena.results.emplace_back();
+        result.pair = pair;
+        result.kind = kind;
+        result.event = event;
+        result.result.pair = pair;
+        return result.result;
+    };
+    const ColModel *model1 = pair->model1, *model2 = pair->model2;
+    const bool touched = ColModelPairGetWasIntersecting(pair);
+    if (model1->mTemporaryDisabledStatus != kNotTemporaryDisabled ||
+        model2->mTemporaryDisabledStatus != kNotTemporaryDisabled) {
+        ColModelPairSetWasIntersecting(pair, false);
+        if (touched)
+            add(Result::kGoodbyeDisabled, kEventCount);
+        return;
+    }
+    if (time != 0 && ColSpaceModelIsFrozenNoCheck(model1) && ColSpaceModelIsFrozenNoCheck(model2))
+        return;
+    if (!pairNeedsCollision(model1, model2, mNumSensorSensorPairSubscribers > 0,
+                            mNumSensorPartPairSubscribers > 0, mAcceptNonDynamicPairCollision)) {
+        // A load that rests on an animated part sleeps with its contacts: the part can wake it.
+        if (touched && !bothRest(model1, model2)) {
+            ColModelPairSetWasIntersecting(pair, false);
+            add(Result::kRespond, kEventDisjoint);
+        }
+        return;
+    }
+    ColIntersectResult result;
+    for (;;) {
+        result = ColIntersectResult();
+        result.contacts = arena.buffer.data();
+        result.contactMaxCount = static_cast<int>(arena.buffer.size());
+        result.bridge = const_cast<HyBridge*>(this);
+        ColPathIntersect(pair, &result, time);
+        if (result.contactCount < result.contactMaxCount - 1)
+            break;
+        ++arena.overrun; // the contacts may have been cut
+        arena.buffer.resize(2 * arena.buffer.size());
+        HyInfo(
+            0,
+            "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the initial "
+            "buffer size can be set using HyUniverse::setContactBufferSize.\n",
+            static_cast<int>(arena.buffer.size()));
+    }
+    bool touches = result.touch != 0;
+    if (touches && result.safeTime > 0 && result.safeTime < time) {
+        arena.safeTime = std::min(arena.safeTime, result.safeTime);
+        const HyFrame* frame = HyFrame::currentInstance();
+        if (frame && frame->getContinuousCollisionDetection())
+            touches = false; // the step is cut short there, and the pair comes again
+    }
+    if (!touches && !touched)
+        return;
+    ColModelPairSetWasIntersecting(pair, touches);
+    ColIntersectResult& kept = add(Result::kRespond, !touches  ? kEventDisjoint
+                                                     : touched ? kEventActive
+                                                               : kEventFirst);
+    if (!touches)
+        return;
+    kept = result;
+    kept.contacts = arena.store(result.contacts, result.contactCount);
+    kept.contactMaxCount = result.contactCount;
+}
+
+bool HyBridge::pairNeedsCollision(const ColModel* model1, const ColModel* model2, bool sensorSensor,
+                                  bool sensorPart, bool acceptNonDynamic) const {
+    const HyCollisionGeometry *g1 = model1->mCollisionGeometry, *g2 = model2->mCollisionGeometry;
+    HyIntersectFilter *filter1 = model1->mIntersectFilter, *filter2 = model2->mIntersectFilter;
+    if (filter1 && !filter1->isPairEnabled(g1, g2))
+        return false;
+    if (filter2 && filter2 != filter1 && !filter2->isPairEnabled(g1, g2))
+        return false;
+    const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
+    if (root1 && root1 == root2)
+        return false;
+    if (isSensor(model1) || isSensor(model2))
+        return isSensor(model1) && isSensor(model2) ? sensorSensor : sensorPart;
+    if (!root1 || !root2)
+        return true;
+    if (DynBodyIsFrozen(root1) && DynBodyIsFrozen(root2))
+        return false;
+    return DynBodyIsEnabled(root1) || DynBodyIsEnabled(root2) || acceptNonDynamic;
+}
+
+bool HyBridge::bothRest(const ColModel* model1, const ColModel* model2) {
+    const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
+    return !isSensor(model1) && !isSensor(model2) && root1 && root2 && root1 != root2 &&
+           !DynBodyIsEnabled(root1) && !DynBodyIsEnabled(root2) &&
+           !(DynBodyIsFrozen(root1) && DynBodyIsFrozen(root2));
+}
+
+// Responses.
+
+void HyBridge::respond(Arena& arena) {
+    for (std::size_t i = 0; i < arena.results.size(); ++i) {
+        Result& result = arena.results[i];
+        if (!result.pair)
+            continue;
+        if (result.kind == Result::kRespond) {
+            handlePairResponse(result.pair, &result.result, result.event);
+            continue;
+        }
+        const HyResponsePair& response =
+            getResponse(result.pair->mResponseID1, result.pair->mResponseID2);
+        if (response.mResponseGoodbye.valid())
+            (*response.mResponseGoodbye)(this, result.pair, mSpace, mWorld, &response);
+    }
+}
+
+void HyBridge::handlePairResponse(ColModelPair* pair, ColIntersectResult* result,
+                                  eIntersectEventType event) {
+    const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
+    if (response.mResponseActive.valid())
+        (*response.mResponseActive)(this, pair, result, mSpace, mWorld, &response);
+    notify(pair, result, event);
+}
+
+void HyBridge::notify(ColModelPair* pair, ColIntersectResult* result, eIntersectEventType event) {
+    if (!hasSubscriberLists() || !mCallBackEnabled)
+        return;
+    HySubscriberListResponse* list =
+        getIntersectSubscriberList(pair->mResponseID1, pair->mResponseID2, event);
+    if (!list || list->empty())
+        return;
+    HyTimer timer(true);
+    HyIntersectResult view(result);
+    if (event == kEventDisjoint || event == kEventInactive) {
+        list->notifyDisjoint(event, &view);
+    } else {
+        const bool sensor = isSensor(pair->model1) || isSensor(pair->model2);
+        HyDynamicsContactInput input(sensor ? nullptr
+                                            : static_cast<DynContact*>(pair->responseData));
+        list->notifyIntersect(event, &view, &input);
+    }
+    mAccIntersectSubscriberTime += timer.stop();
+}
+
+void HyBridge::handleInactivePairs() {
+    if (mNumInactiveEntityPairSubscribers == 0 || !hasSubscriberLists())
+        return;
+    for (int i = mPairs->frozenFirst; i < mPairs->frozenEnd; ++i) {
+        ColModelPair* pair = mPairs->array[i];
+        if (!pair || !ColModelPairGetWasIntersecting(pair))
+            continue;
+        ColIntersectResult empty;
+        empty.pair = pair;
+        if (pair->model1->mTemporaryDisabledStatus == kNotTemporaryDisabled &&
+            pair->model2->mTemporaryDisabledStatus == kNotTemporaryDisabled) {
+            notify(pair, &empty, kEventInactive);
+            continue;
+        }
+        ColModelPairSetWasIntersecting(pair, false);
+        const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
+        if (response.mResponseGoodbye.valid())
+            (*response.mResponseGoodbye)(this, pair, mSpace, mWorld, &response);
+        if (mPairs->array[i])
+            notify(pair, &empty, kEventDisjoint);
+    }
+}
+
+} // namespace Hy
