@@ -7,9 +7,20 @@
 #include <Hy/HyAngular2Position3.h>
 #include <Hy/HyAngular3.h>
 #include <Hy/HyBallAndSocket.h>
+<<<<<<< Updated upstream
 #include <Hy/HyCollisionContact.h>
+=======
+#include <Hy/HyBox.h>
+#include <Hy/HyBridge.h>
+#include <Hy/HyCapsule.h>
+#include <Hy/HyCollisionContact.h>
+#include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyCollisionGeometryPair.h>
+#include <Hy/HyCollisionGeometryState.h>
+>>>>>>> Stashed changes
 #include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyCollisionRule.h>
+#include <Hy/HyCompositeCollisionGeometry.h>
 #include <Hy/HyConeConstraint.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintAttachment.h>
@@ -20,6 +31,7 @@
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyContactMaterial.h>
 #include <Hy/HyContactProperties.h>
+#include <Hy/HyCylinder.h>
 #include <Hy/HyCylindrical.h>
 #include <Hy/HyDistanceJoint.h>
 #include <Hy/HyDistanceJointState.h>
@@ -31,8 +43,13 @@
 #include <Hy/HyFrameStepperOption.h>
 #include <Hy/HyFrictionDirectionToAxisSub.h>
 #include <Hy/HyGenericConstraint.h>
+#include <Hy/HyGeometry.h>
 #include <Hy/HyHinge.h>
 #include <Hy/HyHomokinetic.h>
+#include <Hy/HyIntersect.h>
+#include <Hy/HyIntersectFilter.h>
+#include <Hy/HyIntersectResult.h>
+#include <Hy/HyIntersectSubscriber.h>
 #include <Hy/HyLinear1.h>
 #include <Hy/HyLinear2.h>
 #include <Hy/HyLinear3.h>
@@ -43,9 +60,12 @@
 #include <Hy/HyMotorConstraint.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
+#include <Hy/HyPlane.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HyPrismatic.h>
+#include <Hy/HyResponse.h>
 #include <Hy/HySolverParameters.h>
+#include <Hy/HySphere.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimer.h>
 #include <Hy/HyTireModelParams.h>
@@ -54,5 +74,5 @@
 #include <Hy/HyUniverse.h>
 #include <Hy/HyUniverseObserver.h>
 #include <Hy/HyUniverseState.h>
-#include <Hy/HyVersion.h>
 #include <Hy/HyVector3.h>
+#include <Hy/HyVersion.h>
