@@ -7,9 +7,6 @@
 #include <Hy/HyAngular2Position3.h>
 #include <Hy/HyAngular3.h>
 #include <Hy/HyBallAndSocket.h>
-<<<<<<< Updated upstream
-#include <Hy/HyCollisionContact.h>
-=======
 #include <Hy/HyBox.h>
 #include <Hy/HyBridge.h>
 #include <Hy/HyCapsule.h>
@@ -17,7 +14,6 @@
 #include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyCollisionGeometryPair.h>
 #include <Hy/HyCollisionGeometryState.h>
->>>>>>> Stashed changes
 #include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyCollisionRule.h>
 #include <Hy/HyCompositeCollisionGeometry.h>
