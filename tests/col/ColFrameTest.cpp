@@ -117,7 +117,9 @@ TEST_F(ColFrameTest, IntersectNamesModelsAndRefusesBrokenPairs) {
     ColModelPair pair;
     ColModelPairReset(&pair, a.model, b.model);
     ColContact contacts[4];
-    ColIntersectResult result = {.contacts = contacts, .contactMaxCount = 4};
+    ColIntersectResult result;
+    result.contacts = contacts;
+    result.contactMaxCount = 4;
     ColHello(&pair);
     EXPECT_EQ(ColIntersect(&pair, &result), 1);
     EXPECT_EQ(result.touch, 1);
@@ -159,7 +161,9 @@ TEST_F(ColFrameTest, IntersectAtMovesAboutTheCentreOfMass) {
     ColModelPair pair;
     ColModelPairReset(&pair, a.model, b.model);
     ColContact contacts[4];
-    ColIntersectResult result = {.contacts = contacts, .contactMaxCount = 4};
+    ColIntersectResult result;
+    result.contacts = contacts;
+    result.contactMaxCount = 4;
     ColHello(&pair);
     EXPECT_EQ(ColIntersectAt(&pair, &result, 0.1), 1);
     EXPECT_EQ(result.touch, 0);
@@ -354,8 +358,9 @@ TEST_F(ColFrameTest, EachWalksDownwardAndTakesUpWhereItStopped) {
         EXPECT_EQ(contactCount, resultCount);
         for (int i = 0; i < resultCount; ++i)
             order.push_back(results[i].pair);
-        if (more != 0)
+        if (more != 0) {
             EXPECT_EQ(resultCount, 3) << "with three contacts left a pair of four waits";
+        }
     }
     EXPECT_EQ(order,
               (std::vector<ColModelPair*>{&pairs[4], &pairs[3], &pairs[2], &pairs[0], &pairs[1]}));
@@ -409,12 +414,12 @@ TEST_F(ColFrameTest, ScratchNestsAndGrows) {
         ColScratchScope inner;
         const auto large = inner.take<KitReal>(100000);
         EXPECT_EQ(reinterpret_cast<std::uintptr_t>(large.data()) % 64, 0U);
-        large.back() = 1;
+        large[0] = large.back() = 1;
         EXPECT_EQ(i == 0 ? large.data() : place, large.data()) << "the same memory again";
         place = large.data();
-        const auto small = inner.take<char>(3);
-        EXPECT_GE(static_cast<void*>(small.data()),
-                  static_cast<void*>(large.data() + large.size()));
+        const auto small = inner.take<KitReal>(3);
+        std::fill(small.begin(), small.end(), 7);
+        EXPECT_EQ(large[0] + large.back(), 2);
     }
     EXPECT_EQ(kept[99], 42);
 }
