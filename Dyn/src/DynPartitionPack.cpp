@@ -94,6 +94,13 @@ void pushConstraints(DynPartitionOutput* output, int p, const DyncConstraintPara
     output->constraintsSize[p] = n;
 }
 
+int countLastRows(const DyncConstraintHeader& head) {
+    int rows = 0;
+    while (rows < kDynsMaxConstraintRows && head.lambda[rows] != kDynLambdaEnd)
+        ++rows;
+    return rows;
+}
+
 } // namespace
 
 int DynPackPartition(DynPartitionOutput* output, int partitionindex, KitReal stepSize,
@@ -115,4 +122,17 @@ int DynPackPartition(DynPartitionOutput* output, int partitionindex, KitReal ste
     pushConstraints(output, p, bcl_params, constraints);
     DynsConstraintsSetIndices(constraints, nullptr);
     return DynsConstraintsGetNumRows(constraints);
+}
+
+void DynWarmStartPartition(const DynPartitionOutput* output, int partitionindex,
+                           DynsConstraints* constraints) {
+    DynBaseConstraint* const* list = output->constraints + output->constraintsStart[partitionindex];
+    for (int i = 0; i < output->constraintsSize[partitionindex]; ++i) {
+        const DyncConstraintHeader& head = list[i]->bclH;
+        const int block = constraints->constraint_first_block[i];
+        const int rows = constraints->g_block_size[block];
+        if (countLastRows(head) == rows)
+            std::copy_n(head.lambda, rows,
+                        constraints->lambda + constraints->g_block_first_row[block]);
+    }
 }

@@ -140,8 +140,11 @@ void pre_process_partition(DynWorldThreadData* data) {
         group && world->partition_parameters.auto_grouping == kDynPartitionUserGrouping;
     DynPackPartition(&output, p, params.timeStep, &params,
                      grouped ? &group->bcl_params : &params.bcl_params, constraints);
+    const DynsParameters& solver = group ? group->k_params : params.k_params;
     giveParameters(DynsConstraintFramesGetKiroParameters(world->constraint_frames, data->frameID),
-                   group ? group->k_params : params.k_params, params.timeStep);
+                   solver, params.timeStep);
+    if (solver.iterative_warm_start)
+        DynWarmStartPartition(&output, p, constraints);
 }
 
 void post_process_partition(DynWorldThreadData* data) {

@@ -57,6 +57,7 @@ void StepperData::chooseSolvers() {
 
 void StepperData::spreadOver(KitThreadPool* pool) {
     usesAllThreads = pool != nullptr;
+    kp.thread_pool = pool;
     if (linear_solver)
         linear_solver->thread_pool = pool;
 }

@@ -12,6 +12,12 @@ int DynsConstraintFirstRow(const DynsConstraints& c, int constraint) noexcept {
     return c.g_block_first_row[c.constraint_first_block[constraint]];
 }
 
+bool DynsBlockMoves(const DynsConstraints& c, int block) noexcept {
+    const KitReal* entries = &c.GM[block][0][0];
+    return std::any_of(entries, entries + 6 * c.g_block_size[block],
+                       [](KitReal entry) { return entry != 0; });
+}
+
 void DynsAddBlockProduct(const DynsConstraints& c, int i, int j, KitReal* A, int ld) noexcept {
     const DynsGRow* gm = c.GM[i];
     const DynsGRow* g = c.G[j];

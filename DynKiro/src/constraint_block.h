@@ -18,3 +18,5 @@ void DynsBuildConstraintBlock(const DynsConstraints& c, int constraint, int rows
 [[nodiscard]] int DynsConstraintRows(const DynsConstraints& c, int constraint) noexcept;
 /// Number of the first row of a constraint.
 [[nodiscard]] int DynsConstraintFirstRow(const DynsConstraints& c, int constraint) noexcept;
+/// Whether forces on the rows of a block move its body: not if its mass counts as infinite.
+[[nodiscard]] bool DynsBlockMoves(const DynsConstraints& c, int block) noexcept;

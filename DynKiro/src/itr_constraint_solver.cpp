@@ -9,7 +9,7 @@
 #include <Dyns/smv_boxed_keller.h>
 #include <Kit/KitMemoryPool.h>
 
-#include <cmath>
+#include <algorithm>
 #include <new>
 
 namespace {
@@ -17,6 +17,10 @@ namespace {
 const DynsConstraintSolverFactoryImpl<itr_constraint_solver> gFactory("itr_constraint_solver");
 
 } // namespace
+
+itr_constraint_solver::itr_constraint_solver() : mTeam(std::make_unique<DynsStageTeam>()) {}
+
+itr_constraint_solver::~itr_constraint_solver() = default;
 
 void itr_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsParameters* P,
                                   lcp_solver_function_ptr, DynsBody* const* B, int NB, void*) {
@@ -29,24 +33,18 @@ void itr_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsP
     nb = NB;
     KitMemoryPool* pool = p->memory_pool_handler;
     auto* place = takePoolArray<DynsBlockSweeps>(pool, 1, "block sweeps");
-    mSweeps = new (place) DynsBlockSweeps(*c, nb, *pool);
+    const bool large = p->iterative_rows_threshold > 0 && n > p->iterative_rows_threshold;
+    mSweeps = new (place)
+        DynsBlockSweeps(*c, nb, *pool, large ? DynsSweepOrder::kColours : DynsSweepOrder::kRows);
+    if (p->iterative_warm_start)
+        mSweeps->startFromGiven();
 }
 
 int itr_constraint_solver::solve() {
     const DynsLCPSolverParameters& parameters = p->lcp_parameters;
-    KitReal previous = 1.0; // the first sweep is measured against 1
-    bool done = false;
-    int pass = 0;
-    do {
-        mSweeps->sweep();
-        if (parameters.it_ct_solver_tol > 0) {
-            const KitReal error = mSweeps->residual();
-            done = parameters.it_ct_solver_tol > error ||
-                   parameters.it_ct_solver_tol > std::abs(error - previous) / previous;
-            previous = error;
-        }
-        ++pass;
-    } while (!done && pass <= parameters.it_ct_solver_max_it);
+    mSweeps->solve({.sweeps = std::max(parameters.it_ct_solver_max_it, 0) + 1,
+                    .tolerance = parameters.it_ct_solver_tol},
+                   *mTeam, p->thread_pool);
     return 0;
 }
 

@@ -48,10 +48,10 @@ struct SolveOnce {
         ++c->unconverged_solves;
         ++c->fallback_solves;
         p->memory_pool_handler->push();
-        DynsBlockSweeps sweeps(*c, c->n_bodies + 1, *p->memory_pool_handler);
+        DynsBlockSweeps sweeps(*c, c->n_bodies + 1, *p->memory_pool_handler, DynsSweepOrder::kRows);
+        DynsStageTeam alone;
         sweeps.startFromZero();
-        for (int k = 0; k < kFallbackSweeps; ++k)
-            sweeps.sweep();
+        sweeps.solve({.sweeps = kFallbackSweeps, .tolerance = 0}, alone, nullptr);
         p->memory_pool_handler->pop();
     }
 };

@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <limits>
 
-/// An array of n from the step's memory, not initialised; null for none. To be without memory in the
+/// An array of n from the step's memory, on the alignment of its type, not initialised; null for none. To be without memory in the
 /// middle of a step is fatal.
 template <typename T>
 [[nodiscard]] T* takePoolArray(KitMemoryPool* pool, int n, const char* name) {
-    constexpr std::size_t kAlignment = 16;
+    constexpr std::size_t kAlignment = alignof(T) > 16 ? alignof(T) : 16;
     if (n <= 0)
         return nullptr;
     const std::size_t count = static_cast<std::size_t>(n);

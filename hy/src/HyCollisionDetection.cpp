@@ -47,6 +47,8 @@ void HyCollisionDetection_INCREF() {
     ColPrimitivesRegisterTypes();
     ColCompositeRegisterType();
     ColCompositeGenericRegisterInteractions();
+    ColCompositeGenericRegisterDistance();
+    ColCompositeLineSegmentRegisterInteraction();
     ColPrimitivesRegisterInteractions();
     ColHost host;
     host.isPairEnabled = isPairEnabled;

@@ -150,6 +150,14 @@ int HySolverParameters::getIterativeSolverRowThreshold() const {
     return recordOf(this).k_params.iterative_rows_threshold;
 }
 
+void HySolverParameters::setIterativeSolverWarmStart(bool on) {
+    writeSolver(this, [=](DynsParameters& solver) { solver.iterative_warm_start = on; });
+}
+
+bool HySolverParameters::getIterativeSolverWarmStart() const {
+    return recordOf(this).k_params.iterative_warm_start != 0;
+}
+
 void HySolverParameters::setGeometricStiffness(bool on) {
     writeSolver(this, [=](DynsParameters& solver) { solver.geometric_stiffness = on; });
 }

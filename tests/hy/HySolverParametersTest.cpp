@@ -150,6 +150,7 @@ TEST_F(HySolverParametersTest, ChoicesAreStoredMirroredOrRefused) {
     EXPECT_EQ(group(0).getLinearSolver(), Parameters::kBVBRRTCholeskySolver);
     EXPECT_EQ(group(0).getConstraintSolver(), 0U);
     EXPECT_FALSE(group(0).getGeometricStiffness());
+    EXPECT_FALSE(group(0).getIterativeSolverWarmStart());
     for (const int i : {1, 0}) {
         const DynsParameters& world = worldParams().k_params;
         const bool mirrored = i == 0;
@@ -157,10 +158,12 @@ TEST_F(HySolverParametersTest, ChoicesAreStoredMirroredOrRefused) {
         group(i).setLinearSolver(Parameters::kVBCholeskySolver);
         group(i).setConstraintSolver(1);
         group(i).setGeometricStiffness(true);
+        group(i).setIterativeSolverWarmStart(true);
         EXPECT_EQ(world.stepper_model, mirrored ? kDynsStepper : kDynStableStepper);
         EXPECT_EQ(world.linear_solver, mirrored ? kDynVBCholeskySolver : kDynBVBRRTCholeskySolver);
         EXPECT_EQ(world.ct_solver, mirrored ? 1U : 0U);
         EXPECT_EQ(world.geometric_stiffness != 0, mirrored);
+        EXPECT_EQ(world.iterative_warm_start != 0, mirrored);
         EXPECT_TRUE(warnings().empty());
 
         for (const int bad : {2, -1}) {
@@ -179,6 +182,7 @@ TEST_F(HySolverParametersTest, ChoicesAreStoredMirroredOrRefused) {
         EXPECT_EQ(group(i).getLinearSolver(), Parameters::kVBCholeskySolver);
         EXPECT_EQ(group(i).getConstraintSolver(), 1U);
         EXPECT_TRUE(group(i).getGeometricStiffness());
+        EXPECT_TRUE(group(i).getIterativeSolverWarmStart());
     }
 }
 

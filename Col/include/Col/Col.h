@@ -1,6 +1,8 @@
 #pragma once
 // Everything of this layer, for applications.
 
+#include <Col/ColCompositeGeometry.h>
+#include <Col/ColCompositeModel.h>
 #include <Col/ColContact.h>
 #include <Col/ColEach.h>
 #include <Col/ColFrame.h>
@@ -17,4 +19,5 @@
 #include <Col/ColRequest.h>
 #include <Col/ColScratch.h>
 #include <Col/ColSimplify.h>
+#include <Col/ColSpace.h>
 #include <Col/ColuRequestTable.h>

@@ -14,7 +14,8 @@ struct KitPool;
 [[nodiscard]] HY_API ColModel* ColModelCreate(ColGeometry* geometry);
 /// @param pool of elements that hold a ColModel
 [[nodiscard]] HY_API ColModel* ColModelCreateInPool(ColGeometry* geometry, KitPool* pool);
-/// Takes a model of the framework's pool. Its geometry stays.
+/// Takes a model of the framework's pool, out of its composite if it is a child. Its geometry stays,
+/// but for a composite; see ColCompositeModelDestroy().
 HY_API void ColModelDestroy(ColModel* model);
 HY_API void ColModelDestroyInPool(ColModel* model, KitPool* pool);
 
@@ -76,7 +77,8 @@ ColModelGetTemporaryDisabledStatus(const ColModel* model);
 [[nodiscard]] HY_API ColModel* ColModelGetParent(const ColModel* model);
 [[nodiscard]] HY_API bool ColModelIsComposite(const ColModel* model);
 
-/// World box at the present transform, kept in mBounds too. A model without a geometry leaves the
+/// World box at the present transform, kept in mBounds too; a composite brings its children up to
+/// date. A model without a geometry leaves the
 /// corners alone.
 HY_API void ColModelGetAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner);
 /// The same for the stretch that a fast model covers within motionDuration seconds; mBounds keeps

@@ -1,101 +1,201 @@
-#include <Col/ColComposite.h>
-#include <Col/ColModel.h>
+#include <Col/ColCompositeGeometry.h>
+#include <Col/ColCompositeModel.h>
+#include <Col/ColFrame.h>
+#include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
+#include <Kit/KitMessage.h>
+#include <Kit/KitPool.h>
+
+#include <algorithm>
+#include <vector>
 
 namespace {
+using ChildList = std::vector<ColModel*> ColCompositeGeometry::*;
 
-ColCompositeGeometry* compositeOf(const ColModel* model) {
-    const bool isComposite =
-        model != nullptr && model->mGeometry != nullptr && model->mGeometry->mID == kColComposite;
-    return isComposite ? static_cast<ColCompositeGeometry*>(model->mGeometry) : nullptr;
+/// The composite of a model, or null with a warning.
+ColCompositeGeometry* compositeOf(const ColModel* model, const char* caller) {
+    if (ColModelIsComposite(model))
+        return static_cast<ColCompositeGeometry*>(model->mGeometry);
+    ColMistake(kColErrorModel, caller);
+    return nullptr;
 }
 
-using AddFn = bool (*)(ColCompositeGeometry*, ColModel*, const lsTransform*);
-using RemoveFn = bool (*)(ColCompositeGeometry*, ColModel*);
+bool isAncestor(const ColModel* model, const ColModel* of) {
+    while (of && of != model)
+        of = of->mParent;
+    return of != nullptr;
+}
 
-bool addChild(AddFn addTo, ColModel* parent, ColModel* child, const lsTransform* relative) {
-    ColCompositeGeometry* geometry = compositeOf(parent);
-    if (geometry == nullptr || !addTo(geometry, child, relative))
-        return false;
+void setVelocityPtr(ColModel* model, const KitReal* linear, const KitReal* angular,
+                    const KitReal* acceleration) {
+    const auto set = model->mSetVelocityPtrFn ? model->mSetVelocityPtrFn : ColModelSetVelocityPtr;
+    set(model, linear, angular, acceleration);
+}
+
+void release(ColModel* child) {
+    child->mParent = nullptr;
+    child->mRelTM = nullptr;
+    child->mRefTM = child->mGlobalTM;
+    child->mTransformUpdateFn = nullptr;
+    setVelocityPtr(child, ColDefault0Velocity, ColDefault0Velocity, ColDefault0Velocity);
+}
+
+int addChild(ColModel* parent, ColModel* child, const lsTransform* relativeTransform,
+             int (*addToGeometry)(ColCompositeGeometry*, ColModel*, const lsTransform*)) {
+    ColCompositeGeometry* geometry = compositeOf(parent, " in ColCompositeModelAddElement.");
+    if (!geometry)
+        return 0;
+    if (child && ((child->mParent && child->mParent != parent) || isAncestor(child, parent))) {
+        KitWarning(0, "ColCompositeModelAddElement: child must have no other parent and be no "
+                      "ancestor.\n");
+        return 0;
+    }
+    if (addToGeometry(geometry, child, relativeTransform) == 0)
+        return 0;
     parent->mSetVelocityPtrFn = ColCompositeModelSetVelocityPtr;
     child->mParent = parent;
     child->mRefTM = parent->mGlobalTM;
-    child->mSetVelocityPtrFn(child, parent->linearVelocity, parent->angularVelocity,
-                             parent->linearAcceleration);
-    return true;
+    setVelocityPtr(child, parent->linearVelocity, parent->angularVelocity,
+                   parent->linearAcceleration);
+    return 1;
 }
 
-bool removeChild(RemoveFn removeFrom, ColModel* parent, ColModel* child) {
-    ColCompositeGeometry* geometry = compositeOf(parent);
-    if (geometry == nullptr || child == nullptr || !removeFrom(geometry, child))
-        return false;
-    child->mParent = nullptr;
-    child->mRefTM = nullptr;
-    child->mRelTM = nullptr;
-    child->mTransformUpdateFn = nullptr;
-    child->mSetVelocityPtrFn(child, ColDefault0Velocity, ColDefault0Velocity, ColDefault0Velocity);
-    return true;
+int removeChild(ColModel* parent, ColModel* child,
+                int (*removeFromGeometry)(ColCompositeGeometry*, ColModel*)) {
+    ColCompositeGeometry* geometry = compositeOf(parent, " in ColCompositeModelRemoveElement.");
+    const int removed = geometry && child ? removeFromGeometry(geometry, child) : 0;
+    if (removed != 0)
+        release(child);
+    return removed;
 }
 
+template <class Visit>
+void forChildren(const ColCompositeGeometry& geometry, Visit&& visit) {
+    for (const ChildList list : {&ColCompositeGeometry::mElements, &ColCompositeGeometry::mHoles})
+        std::for_each((geometry.*list).begin(), (geometry.*list).end(), visit);
+}
+
+/// A model that takes the composite, or null.
+ColModel* createInPool(ColCompositeGeometry* geometry, KitPool* pool) {
+    ColModel* model = ColModelCreateInPool(geometry, pool);
+    if (model) {
+        geometry->mBelongsToModel = true;
+        model->mSetVelocityPtrFn = ColCompositeModelSetVelocityPtr;
+    }
+    return model;
+}
 } // namespace
 
 ColModel* ColCompositeModelCreate() {
-    ColModel* model = ColModelCreate(ColCompositeGeometryCreate());
-    model->mSetVelocityPtrFn = ColCompositeModelSetVelocityPtr;
+    ColDefaultInit();
+    return ColCompositeModelCreateInPool(&gColFramework->modelPool);
+}
+
+ColModel* ColCompositeModelCreateInPool(KitPool* pool) {
+    ColCompositeGeometry* geometry = ColCompositeGeometryCreate();
+    ColModel* model = createInPool(geometry, pool);
+    if (!model)
+        ColCompositeDestroy(geometry);
     return model;
 }
 
+ColModel* ColCompositeModelCreateFromCompositeGeometry(ColCompositeGeometry* geometry) {
+    if (!geometry) {
+        ColMistake(kColErrorGeometry, " in ColCompositeModelCreateFromCompositeGeometry.");
+        return nullptr;
+    }
+    ColDefaultInit();
+    return createInPool(geometry, &gColFramework->modelPool);
+}
+
 void ColCompositeModelDestroy(ColModel* model) {
-    ColCompositeGeometry* geometry = compositeOf(model);
-    if (geometry == nullptr || model->mSpace != nullptr)
+    if (gColFramework)
+        ColCompositeModelDestroyInPool(model, &gColFramework->modelPool);
+}
+
+void ColCompositeModelDestroyInPool(ColModel* model, KitPool* pool) {
+    ColCompositeGeometry* geometry = compositeOf(model, " in ColCompositeModelDestroy.");
+    if (!geometry)
         return;
-    while (!geometry->mElements.empty())
-        ColCompositeModelRemoveElement(model, geometry->mElements.back());
-    while (!geometry->mHoles.empty())
-        ColCompositeModelRemoveElementHole(model, geometry->mHoles.back());
-    ColModelDestroy(model);
-    ColGeometryDestroy(geometry);
+    if (model->mSpace) {
+        ColError(gColCoreErrorList, kColErrorModelInSpace, "");
+        return;
+    }
+    forChildren(*geometry, [&](ColModel* child) {
+        if (child->mParent == model)
+            release(child);
+    });
+    if (geometry->mBelongsToModel)
+        ColCompositeDestroy(geometry);
+    model->mGeometry = nullptr;
+    ColModelDestroyInPool(model, pool);
 }
 
-ColCompositeGeometry* ColCompositeModelGetGeometry(const ColModel* model) {
-    return compositeOf(model);
+int ColCompositeModelAddElement(ColModel* parent, ColModel* child,
+                                const lsTransform* relativeTransform) {
+    return addChild(parent, child, relativeTransform, ColCompositeGeometryAddElement);
 }
 
-bool ColCompositeModelAddElement(ColModel* parent, ColModel* child,
-                                 const lsTransform* relativeTransform) {
-    return addChild(ColCompositeGeometryAddElement, parent, child, relativeTransform);
+int ColCompositeModelAddElementHole(ColModel* parent, ColModel* child,
+                                    const lsTransform* relativeTransform) {
+    return addChild(parent, child, relativeTransform, ColCompositeGeometryAddElementHole);
 }
 
-bool ColCompositeModelAddElementHole(ColModel* parent, ColModel* child,
-                                     const lsTransform* relativeTransform) {
-    return addChild(ColCompositeGeometryAddElementHole, parent, child, relativeTransform);
+int ColCompositeModelRemoveElement(ColModel* parent, ColModel* child) {
+    return removeChild(parent, child, ColCompositeGeometryRemoveElement);
 }
 
-bool ColCompositeModelRemoveElement(ColModel* parent, ColModel* child) {
-    return removeChild(ColCompositeGeometryRemoveElement, parent, child);
+int ColCompositeModelRemoveElementHole(ColModel* parent, ColModel* child) {
+    return removeChild(parent, child, ColCompositeGeometryRemoveElementHole);
 }
 
-bool ColCompositeModelRemoveElementHole(ColModel* parent, ColModel* child) {
-    return removeChild(ColCompositeGeometryRemoveElementHole, parent, child);
+int ColCompositeModelGetElementCount(const ColModel* model) {
+    return ColCompositeGeometryGetElementCount(
+        compositeOf(model, " in ColCompositeModelGetElementCount."));
+}
+
+int ColCompositeModelGetElementHoleCount(const ColModel* model) {
+    return ColCompositeGeometryGetElementHoleCount(
+        compositeOf(model, " in ColCompositeModelGetElementHoleCount."));
+}
+
+ColModel* ColCompositeModelGetElement(const ColModel* model, int index) {
+    return ColCompositeGeometryGetModel(compositeOf(model, " in ColCompositeModelGetElement."),
+                                        index);
+}
+
+ColModel* ColCompositeModelGetElementHole(const ColModel* model, int index) {
+    return ColCompositeGeometryHoleGetModel(
+        compositeOf(model, " in ColCompositeModelGetElementHole."), index);
+}
+
+const lsTransform* ColCompositeModelGetElementRelativeTransformPtr(const ColModel* model,
+                                                                   int index) {
+    return ColModelGetRelativeTransformPtr(ColCompositeModelGetElement(model, index));
+}
+
+void ColCompositeModelBuild(ColModel* model) {
+    if (ColCompositeGeometry* geometry = compositeOf(model, " in ColCompositeModelBuild."))
+        ColCompositeGeometryBuild(geometry);
+}
+
+void ColCompositeModelUpdateTransform(ColModel* model) {
+    ColCompositeGeometry* geometry = compositeOf(model, " in ColCompositeModelUpdateTransform.");
+    if (!geometry)
+        return;
+    if (model->mGlobalTM)
+        ColCompositeGeometryUpdateTransform(geometry, *model->mGlobalTM);
+    else
+        ColMistake(kColErrorTransform, " in ColCompositeModelUpdateTransform.");
 }
 
 void ColCompositeModelSetVelocityPtr(ColModel* model, const KitReal* linear, const KitReal* angular,
                                      const KitReal* acceleration) {
-    ColModelSetVelocityPtr(model, linear, angular, acceleration);
-    if (const ColCompositeGeometry* geometry = compositeOf(model))
-        for (const auto* children : {&geometry->mElements, &geometry->mHoles})
-            for (ColModel* child : *children)
-                child->mSetVelocityPtrFn(child, linear, angular, acceleration);
-}
-
-// On the stepping thread, when the boxes are taken; workers read the transforms only.
-void ColCompositeModelUpdateTransform(ColModel* model) {
-    const ColCompositeGeometry* geometry = compositeOf(model);
-    if (geometry == nullptr)
+    const ColCompositeGeometry* geometry =
+        compositeOf(model, " in ColCompositeModelSetVelocityPtr.");
+    if (!geometry)
         return;
-    for (const auto* children : {&geometry->mElements, &geometry->mHoles})
-        for (ColModel* child : *children) {
-            ColModelUpdate(child);
-            ColCompositeModelUpdateTransform(child);
-        }
+    ColModelSetVelocityPtr(model, linear, angular, acceleration);
+    forChildren(*geometry,
+                [&](ColModel* child) { setVelocityPtr(child, linear, angular, acceleration); });
 }

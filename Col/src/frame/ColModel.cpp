@@ -1,3 +1,4 @@
+#include <Col/ColCompositeModel.h>
 #include <Col/ColFrame.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
@@ -74,7 +75,13 @@ void ColModelDestroyInPool(ColModel* model, KitPool* pool) {
         ColError(gColCoreErrorList, kColErrorModelInSpace, "");
         return;
     }
-    KitPoolPutStruct(pool, model);
+    ColModel* parent = model->mParent;
+    if (ColModelIsComposite(parent) && ColCompositeModelRemoveElement(parent, model) == 0)
+        ColCompositeModelRemoveElementHole(parent, model);
+    if (ColModelIsComposite(model))
+        ColCompositeModelDestroyInPool(model, pool);
+    else
+        KitPoolPutStruct(pool, model);
 }
 
 void ColModelSetGeometry(ColModel* model, ColGeometry* geometry) {

@@ -1,6 +1,5 @@
-#include <Col/ColComposite.h>
+#include <Col/ColCompositeModel.h>
 #include <Col/ColMessage.h>
-#include <Col/ColModel.h>
 #include <Col/ColModelFunctions.h>
 
 #include <algorithm>
@@ -33,14 +32,6 @@ KitReal strayDistance(const ColModel& model, KitReal duration) {
     return sagitta(reach, theta) + bend;
 }
 
-/// The children's transforms and boxes follow those of the composite.
-void updateChildren(const ColCompositeGeometry& composite) {
-    lsVec3 min, max;
-    for (const auto* children : {&composite.mElements, &composite.mHoles})
-        for (ColModel* child : *children)
-            ColModelGetAABB(child, &min, &max);
-}
-
 bool hasVelocities(const ColModel& model) {
     return model.linearVelocity && model.angularVelocity;
 }
@@ -52,11 +43,11 @@ void ColModelGetAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner) {
         return;
     }
     ColModelUpdate(model);
-    if (!model->mGeometry)
-        return;
-    ColGeometryGetAABB(model->mGeometry, model->mGlobalTM, minCorner, maxCorner, model->mBounds);
-    if (model->mGeometry->mID == kColComposite)
-        updateChildren(*static_cast<const ColCompositeGeometry*>(model->mGeometry));
+    if (ColModelIsComposite(model) && model->mGlobalTM)
+        ColCompositeModelUpdateTransform(model);
+    if (model->mGeometry)
+        ColGeometryGetAABB(model->mGeometry, model->mGlobalTM, minCorner, maxCorner,
+                           model->mBounds);
 }
 
 void ColModelGetPathAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner,

@@ -169,8 +169,11 @@ void CxTreeSpace::computeBoxes(const int* first, const int* last, KitReal durati
         return;
     for (const int* id = first; id != last; ++id) {
         lsVec3 min, max;
-        mAABBUpdateFn(mReps[idx(*id)].model, &min, &max, duration);
-        takeBox(*id, min, max);
+        ColModel* model = mReps[idx(*id)].model;
+        mAABBUpdateFn(model, &min, &max, duration);
+        // Contacts begin where the tolerances of two models meet.
+        const lsVec3 padding(model->mPadding, model->mPadding, model->mPadding);
+        takeBox(*id, min - padding, max + padding);
     }
 }
 

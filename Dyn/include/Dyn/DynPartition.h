@@ -107,6 +107,10 @@ HY_API int DynPackPartition(DynPartitionOutput* output, int partitionindex, KitR
                             const struct DynWorldParams* params,
                             const DyncConstraintParameters* bcl_params,
                             DynsConstraints* constraints);
+/// Gives the rows of a packed partition the last multipliers of its constraints, of those that have
+/// as many rows as in the last step.
+HY_API void DynWarmStartPartition(const DynPartitionOutput* output, int partitionindex,
+                                  DynsConstraints* constraints);
 /// Brings the results of a partition back into its constraints.
 HY_API void DynUnpackPartition(DynsConstraints* constraints, int partitionindex,
                                DynPartitionOutput* output);

@@ -5,6 +5,7 @@
 #include <cstddef>
 
 class KitMemoryPool;
+class KitThreadPool;
 struct KitCPUResources;
 struct DynsFrame;
 
@@ -63,8 +64,13 @@ struct DynsParameters {
     /// Adds the geometric stiffness of last step's joint forces to the bodies' effective inertia,
     /// so that a taut chain of light links stays stable. Off by default.
     KitBool geometric_stiffness = 0;
-    /// A partition with more rows is given to the iterative solver; 0 never.
+    /// A partition with more rows is given to the iterative solver, which sweeps it by colours; 0
+    /// never.
     int iterative_rows_threshold = 0;
+    /// The iterative solver begins with the part 1/(1 + xgamma) of the lambda that the rows are given,
+    /// that of the last step, as far as their bounds allow, and not with none. Off by default.
+    KitBool iterative_warm_start = 0;
+    KitThreadPool* thread_pool = nullptr; ///< threads that may share the solve, not owned
 };
 
 HY_API void DynsParametersSetDefault(DynsParameters* parameters);

@@ -41,9 +41,15 @@ public:
     ///   gone meanwhile, islands are solved by 0.
     void setConstraintSolver(unsigned id);
     [[nodiscard]] unsigned getConstraintSolver() const;
-    /// Islands with more rows are given to the iterative solver; 0, as at the start: none are.
+    /// Islands with more rows are given to the iterative solver, which takes all threads for a large
+    /// one; 0, as at the start: none are.
     void setIterativeSolverRowThreshold(int rows);
     [[nodiscard]] int getIterativeSolverRowThreshold() const;
+    /// The iterative solver begins with most of the forces of the last step, with as much as is stable
+    /// however few the sweeps, so that a heap at rest needs few of them; without, with none. Off at the
+    /// start.
+    void setIterativeSolverWarmStart(bool on);
+    [[nodiscard]] bool getIterativeSolverWarmStart() const;
     /// Adds the geometric stiffness of last step's joint forces to the parts' effective inertia, which
     /// keeps taut chains of light links stable. Off at the start.
     void setGeometricStiffness(bool on);
