@@ -12,8 +12,7 @@
 /// other and a cylinder with a sphere or a capsule; for other pairs the bounds
 /// are the largest number.
 /// @return 1, or 0 for a pair that is not served
-HY_API int ColPrimitivePrimitiveDistance(ColModelPair *pair,
-                                         ColDistanceResult *result);
+HY_API int ColPrimitivePrimitiveDistance(ColModelPair* pair, ColDistanceResult* result);
 /// Registers it for the pairs that it serves.
 HY_API void ColPrimitivePrimitiveRegisterDistance();
 /// The same as the approximate distance of these pairs.
@@ -23,5 +22,5 @@ HY_API void ColPrimitivePrimitiveRegisterApproximateDistance();
 /// capsule, negative inside, and the outward normal of the surface at its
 /// nearest point, world axes. Another type gives a warning.
 /// @return 1, or 0 with nothing stored
-HY_API int ColPointSurfaceDistance(const ColModel *model, const lsVec3 &point,
-                                   KitReal *distance, lsVec3 *normal);
+HY_API int ColPointSurfaceDistance(const ColModel* model, const lsVec3& point, KitReal* distance,
+                                   lsVec3* normal);
