@@ -1,5 +1,5 @@
 #include "EngineFixture.h"
-#include "HeapCounter.h"
+#include "support/HeapCounter.h"
 
 #include <Hy/HyContactMaterial.h>
 
