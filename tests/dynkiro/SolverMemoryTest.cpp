@@ -7,6 +7,7 @@
 #include <Dyns/lcp.h>
 #include <Dyns/std_constraint_solver.h>
 #include <Dyns/vbChol.h>
+#include <Kit/KitThreadPool.h>
 
 namespace {
 
@@ -19,6 +20,7 @@ TEST(SolverMemoryTest, SteadyStateAllocatesNothing) {
     vbChol skyline;
     std_constraint_solver direct;
     itr_constraint_solver iterative;
+    KitThreadPool threads(3);
     RandomPartition tree(random, 60, RandomPartition::binaryTree(60, 5));
     RandomPartition loops(random, 20, RandomPartition::anyHypergraph(random, 20, 30));
     SpherePile pile(random, 3, 3, 0.9); // falls back to sweeps
@@ -36,10 +38,14 @@ TEST(SolverMemoryTest, SteadyStateAllocatesNothing) {
             m->solveFreeRows(index.data(), c->rhs, vectors.data(), vectors.data() + 4096);
             m->multiply(vectors.data(), vectors.data() + 2 * 4096);
         }
-        iterative.setup(c->n_constraint_rows, nullptr, c, &frame.p, nullptr, nullptr, bodies,
-                        nullptr);
-        (void)iterative.solve();
-        iterative.cleanup();
+        for (const int threshold : {0, 1}) { // above 0: by colours, with threads
+            frame.p.iterative_rows_threshold = threshold;
+            frame.p.thread_pool = threshold > 0 ? &threads : nullptr;
+            iterative.setup(c->n_constraint_rows, nullptr, c, &frame.p, nullptr, nullptr, bodies,
+                            nullptr);
+            (void)iterative.solve();
+            iterative.cleanup();
+        }
         frame.p.memory_pool_handler->cleanup();
     };
     const auto round = [&] {
