@@ -54,7 +54,9 @@ void drawContacts(std::FILE* svg, const ColIntersectResult& result) {
 
 void showPair(const Shape& below, const Shape& above, std::FILE* svg, int place) {
     lsTransform ground, moved;
-    moved.t() = lsVec3(0.1, 0.05, below.lower + above.lower - kDepth);
+    const bool isRound = below.geometry->mID == kColSphere || below.geometry->mID == kColCapsule;
+    const double aside = isRound ? 0 : 0.1; // m
+    moved.t() = lsVec3(aside, aside / 2, below.lower + above.lower - kDepth);
     ColModel *model1 = ColModelCreate(below.geometry), *model2 = ColModelCreate(above.geometry);
     ColModelSetTransformPtr(model1, &ground);
     ColModelSetTransformPtr(model2, &moved);
