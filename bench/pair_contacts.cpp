@@ -27,13 +27,16 @@ struct Shape {
 /// A model over another, turned a little more about the upright in each pose.
 void intersectPoses(benchmark::State& state, const Shape& below, const Shape& above,
                     KitReal separation) {
+    // Round shapes touch where their centres are above each other.
+    const int id = below.geometry->mID;
+    const KitReal shift = id == kColSphere || id == kColCapsule ? 0 : 0.004; // m a pose
     std::array<lsTransform, kPoses> poses;
     for (int i = 0; i < kPoses; ++i) {
         lsTransform& tm = poses[static_cast<std::size_t>(i)];
         tm.row[0][0] = tm.row[1][1] = std::cos(0.1 * i);
         tm.row[0][1] = std::sin(0.1 * i);
         tm.row[1][0] = -tm.row[0][1];
-        tm.t() = lsVec3(0.01 * i, 0.1, below.lower + above.lower + separation);
+        tm.t() = lsVec3(shift * i, 10 * shift, below.lower + above.lower + separation);
     }
     lsTransform ground, moving;
     ColModel *model1 = ColModelCreate(below.geometry), *model2 = ColModelCreate(above.geometry);
