@@ -66,11 +66,14 @@ KitReal ClosestPointToBox(const Segment& segment, const lsVec3& radii) noexcept 
             continue;
         for (const KitReal side : {-1.0, 1.0}) {
             const KitReal t = (side * radii[i] - segment.centre[i]) / segment.half[i];
-            if (t > -1 && t < 1)
-                breaks[count++] = t;
+            if (!(t > -1 && t < 1))
+                continue;
+            int place = count++; // kept in order
+            for (; breaks[place - 1] > t; --place)
+                breaks[place] = breaks[place - 1];
+            breaks[place] = t;
         }
     }
-    std::sort(breaks, breaks + count);
     if (slopeToBox(segment, radii, -1) > 0)
         return -1;
     if (slopeToBox(segment, radii, 1) < 0)
