@@ -13,14 +13,15 @@ struct Builder {
     const char* name;
     DyncAddConstraintFn add;
     int tag, rows;
-    std::function<std::unique_ptr<DynBaseConstraint>(JointFixture&, double, bool, bool)> make;
+    /// Shared, so that a record is deleted as what it was made.
+    std::function<std::shared_ptr<DynBaseConstraint>(JointFixture&, double, bool, bool)> make;
 };
 
 template <typename Record>
 Builder builder(const char* name, DyncAddConstraintFn add, int tag, int rows,
                 std::function<void(Record&)> setUp = {}) {
     return {name, add, tag, rows, [tag, setUp](JointFixture& f, double turn, bool w0, bool w1) {
-                auto joint = f.make<Record>(tag, 16, turn, 0.3, w0, w1);
+                std::shared_ptr<Record> joint = f.make<Record>(tag, 16, turn, 0.3, w0, w1);
                 if constexpr (requires { joint->limit; }) {
                     joint->limits = joint->limit;
                     joint->iNumLimits = static_cast<int>(std::size(joint->limit));
