@@ -19,8 +19,11 @@ std::string HyNameValidation::replaceRestrictedCharacters(const std::string& nam
     for (char& c : valid) {
         if (getRestrictedCharacters().find(c) == std::string::npos)
             continue;
-        report +=
-            std::string("Replaced invalid character '") + c + "' with '" + replacement + "'. ";
+        report += "Replaced invalid character '";
+        report += c;
+        report += "' with '";
+        report += replacement;
+        report += "'. ";
         c = replacement;
     }
     if (!report.empty())
