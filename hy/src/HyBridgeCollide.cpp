@@ -110,17 +110,23 @@ void HyBridge::modelRemoved(ColModel* model) {
     const auto isOf = [model](const ColModelPair* pair) {
         return pair && (pair->model1 == model || pair->model2 == model);
     };
-    if (mPairs)
-        for (int i = 0; i < mPairs->size; ++i)
-            if (isOf(mPairs->array[i]))
-                mPairs->array[i] = nullptr;
+    // What waits for its goodbye is not among the pairs that the removal ends.
+    for (int i = mPairs->goodbyeFirst; i < mPairs->goodbyeEnd; ++i)
+        if (isOf(mPairs->array[i]))
+            sayGoodbye(mPairs->array[i]);
+    for (int i = 0; i < mPairs->size; ++i)
+        if (isOf(mPairs->array[i]))
+            mPairs->array[i] = nullptr;
     for (const auto& arena : mArenas)
         for (Result& result : arena->results)
             if (isOf(result.pair))
                 result.pair = nullptr;
-    for (CxPairLink* link : mSpace->GetRemovedPairList())
-        if (isOf(&link->mPair))
-            sayGoodbye(&link->mPair);
+    // A subscriber may remove another model meanwhile, which lengthens the list.
+    for (std::size_t i = 0; i < mSpace->GetRemovedPairList().size(); ++i) {
+        ColModelPair* pair = &mSpace->GetRemovedPairList()[i]->mPair;
+        if (isOf(pair))
+            sayGoodbye(pair);
+    }
     ColSpaceForgetModel(mSpace, model);
 }
 
@@ -276,7 +282,8 @@ void HyBridge::handlePairResponse(ColModelPair* pair, ColIntersectResult* result
     const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
     if (response.mResponseActive.valid())
         (*response.mResponseActive)(this, pair, result, mSpace, mWorld, &response);
-    notify(pair, result, event);
+    if ((pair->m_flags & kColPairEnded) == 0) // the response may have removed a model
+        notify(pair, result, event);
 }
 
 void HyBridge::notify(ColModelPair* pair, ColIntersectResult* result, eIntersectEventType event) {

@@ -173,6 +173,39 @@ TEST_F(FallingBoxes, SubscribersHearOfFirstTouchAndParting) {
     universe.removeIntersectSubscriber(0, 0, kEventDisjoint, &log);
 }
 
+/// Removes a part at the first parting that it hears of.
+struct Remover : HyIntersectSubscriber {
+    HyUniverse* universe = nullptr;
+    HyPart* victim = nullptr;
+    int partings = 0;
+    void notifyDisjoint(eIntersectEventType, HyIntersectResult*) override {
+        if (partings++ == 0)
+            universe->removePart(victim);
+    }
+    void notifyIntersect(eIntersectEventType, HyIntersectResult*,
+                         HyDynamicsResponseInput*) override {}
+};
+
+TEST_F(FallingBoxes, RemovalInsideARemovalEndsAllPairs) {
+    std::vector<HyPart*> row;
+    for (int i = 0; i < 3; ++i)
+        row.push_back(addBox(1, HyVector3(0.999 * i, 0, 0.5)));
+    step(1);
+    Remover remover;
+    remover.universe = &universe;
+    remover.victim = row[1];
+    universe.addIntersectSubscriber(0, 0, kEventDisjoint, &remover);
+    universe.removePart(row[0]);
+    EXPECT_EQ(remover.partings,
+              4); // each other, both with the ground, and the second with the third
+    step(1);
+    EXPECT_EQ(remover.partings, 4);
+    EXPECT_EQ(contactCount(), 4);
+    universe.removeIntersectSubscriber(0, 0, kEventDisjoint, &remover);
+    delete row[0];
+    delete row[1];
+}
+
 // A sensor reports touch, without contacts and without force.
 TEST_F(FallingBoxes, SensorLetsThrough) {
     EventLog log;
