@@ -337,7 +337,8 @@ void ContactRows::setBounds() {
 
 int DyncGetContactJacobian(DynContact* contact, DyncRowBlock& G, lsVec3* v) {
     const FrictionFrame frame = frictionFrame(*contact);
-    if (frame.isDefault)
+    // A direction that was chosen waits until the normal lets it act again.
+    if (frame.isDefault && (contact->params.options & Material::kOptionDirection) == 0)
         lsVec3::cast(contact->direction) = frame.t1;
     const RowsOfAxes rows(contact->params);
     setJacobian(*contact, rows, frame, G);

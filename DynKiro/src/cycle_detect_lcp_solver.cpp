@@ -253,6 +253,14 @@ PassCount pivot(Problem& p, const DynsLCPSolverParameters& parameters, HashTable
     return {it == parameters.max_iterations ? -it : it, converged};
 }
 
+/// Whether each force is a number within its bounds, but for the tolerance.
+bool isWithinBounds(const Problem& p) {
+    for (int i = 0; i < p.n; ++i)
+        if (!(p.z[i] >= p.lower[i] - p.tolerance && p.z[i] <= p.upper[i] + p.tolerance))
+            return false;
+    return true;
+}
+
 } // namespace
 
 int cycle_detect_lcp_solver(LCPMatrix* m, KitReal* z, KitReal* b, KitReal* lower, KitReal* upper,
@@ -282,7 +290,10 @@ int cycle_detect_lcp_solver(LCPMatrix* m, KitReal* z, KitReal* b, KitReal* lower
     } else {
         const KitReal* z0 = freeSolution(p);
         std::copy(z0, z0 + p.n, z);
+        result.converged = true; // if that is a solution, which the next line tells
     }
+    // A force that is no number compares with no bound, so its row would seem to be free.
+    result.converged = result.converged && isWithinBounds(p);
     pool->pop();
     if (info != nullptr)
         static_cast<DynsLCPStatus*>(info)->converged = result.converged;

@@ -37,7 +37,7 @@ struct SolveOnce {
         DynsLCPStatus status;
         const int passes = solver(m, c->lambda, c->rhs, c->lower, c->upper, c->index_set,
                                   &p->lcp_parameters, p->memory_pool_handler, &status);
-        if (!status.converged && p->lcp_parameters.max_iterations > 0) {
+        if (!status.converged) {
             failed = true;
             sweepFromZero();
         }

@@ -187,8 +187,11 @@ void HyBridge::updatePairsForNewCollisionGeometryRequest(HyCollisionGeometry* ge
 
 const HyContactMaterial* HyBridge::getContactMaterial(const HyMaterial* material1,
                                                       const HyMaterial* material2) const {
-    const HyContactMaterial* material = mMaterialTable->getContactMaterial(material1, material2);
-    return material ? material : mMaterialTable->getContactMaterial(nullptr, nullptr);
+    static const HyContactMaterial kPlain; // for a table that was cleared
+    if (const HyContactMaterial* own = mMaterialTable->getContactMaterial(material1, material2))
+        return own;
+    const HyContactMaterial* standard = mMaterialTable->getContactMaterial(nullptr, nullptr);
+    return standard ? standard : &kPlain;
 }
 
 const char* HyBridge::getInternedName(const HyContactMaterial& material) const {

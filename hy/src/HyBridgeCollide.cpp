@@ -16,6 +16,9 @@
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
 
+#include <algorithm>
+#include <utility>
+
 // One update of the bridge: goodbye, hello, intersection on the workers, responses in order.
 
 namespace Hy {
@@ -35,10 +38,45 @@ const DynBody* rootOf(const ColModel* model) {
     return model->mBody ? model->mBody->rootParent : nullptr;
 }
 
+// A subscriber may have chosen a friction model that the rows do not know.
+void resolveFriction(DynContact* contact) {
+    for (; contact; contact = contact->nextContact) {
+        KitReal low = 0, high = 0;
+        DynContactGetPairMasses(contact->body[0], contact->body[1], &low, &high);
+        DynContactResolveFriction(contact, low, high);
+    }
+}
+
+// Each filter is asked once, in the order of the pair.
+bool filtersAgree(const ColModel* model1, const ColModel* model2) {
+    const HyCollisionGeometry *g1 = model1->mCollisionGeometry, *g2 = model2->mCollisionGeometry;
+    HyIntersectFilter *filter1 = model1->mIntersectFilter, *filter2 = model2->mIntersectFilter;
+    return (!filter1 || filter1->isPairEnabled(g1, g2)) &&
+           (!filter2 || filter2 == filter1 || filter2->isPairEnabled(g1, g2));
+}
+
 } // namespace
 
-void HyBridge::updateContacts(HyReal time) {
+// Responses and subscribers walk what an update holds, so none may begin inside of another.
+bool HyBridge::beginUpdate(const char* operation) {
+    if (mUpdating) {
+        HyWarning(0, "HyBridge::%s: cannot be called from a response or subscriber.\n", operation);
+        return false;
+    }
+    mUpdating = true;
     ColSpaceEndChanges(mSpace);
+    return true;
+}
+
+void HyBridge::endUpdate() {
+    ColModelPairContainerReset(mPairs); // the pairs may go in the interval that begins
+    ColSpaceBeginChanges(mSpace);
+    mUpdating = false;
+}
+
+void HyBridge::updateContacts(HyReal time) {
+    if (!beginUpdate("updateContacts"))
+        return;
     mSafeTime = time;
     ColSpacePairIterator iterator;
     ColSpacePairIteratorBegin(mSpace, &iterator);
@@ -51,9 +89,10 @@ void HyBridge::updateContacts(HyReal time) {
         handleTransitions();
         handleCollisions(time);
     }
-    ColModelPairContainerReset(mPairs); // the pairs may go in the interval that begins
-    ColSpaceBeginChanges(mSpace);
-    if (count > 1 && mMultiThreaded) { // all pairs at a time keep the workers busy
+    endUpdate();
+    // All pairs at a time keep the workers busy. Without workers it is the same, so that the order of
+    // the pairs is.
+    if (count > 1) {
         const unsigned size = static_cast<unsigned>(count + 1) * mCollisionPairsMaxCount;
         HyWarning(0, "HyBridge::updateContacts: resizing collision pair max count to %d\n", size);
         setCollisionPairsMaxCount(size);
@@ -61,7 +100,8 @@ void HyBridge::updateContacts(HyReal time) {
 }
 
 void HyBridge::updateTransitions() {
-    ColSpaceEndChanges(mSpace);
+    if (!beginUpdate("updateTransitions"))
+        return;
     ColSpacePairIterator iterator;
     ColSpacePairIteratorBegin(mSpace, &iterator);
     for (bool more = true; more;) {
@@ -69,8 +109,7 @@ void HyBridge::updateTransitions() {
         more = ColSpaceGetTransitions(mSpace, &iterator, mPairs) != 0;
         handleTransitions();
     }
-    ColModelPairContainerReset(mPairs);
-    ColSpaceBeginChanges(mSpace);
+    endUpdate();
 }
 
 void HyBridge::handleTransitions() {
@@ -110,24 +149,48 @@ void HyBridge::modelRemoved(ColModel* model) {
     const auto isOf = [model](const ColModelPair* pair) {
         return pair && (pair->model1 == model || pair->model2 == model);
     };
-    // What waits for its goodbye is not among the pairs that the removal ends.
-    for (int i = mPairs->goodbyeFirst; i < mPairs->goodbyeEnd; ++i)
-        if (isOf(mPairs->array[i]))
-            sayGoodbye(mPairs->array[i]);
-    for (int i = 0; i < mPairs->size; ++i)
-        if (isOf(mPairs->array[i]))
-            mPairs->array[i] = nullptr;
-    for (const auto& arena : mArenas)
-        for (Result& result : arena->results)
-            if (isOf(result.pair))
-                result.pair = nullptr;
-    // A subscriber may remove another model meanwhile, which lengthens the list.
-    for (std::size_t i = 0; i < mSpace->GetRemovedPairList().size(); ++i) {
+    if (mUpdating) {
+        // What waits for its goodbye is not among the pairs that the removal ends.
+        for (int i = mPairs->goodbyeFirst; i < mPairs->goodbyeEnd; ++i)
+            if (isOf(mPairs->array[i]))
+                sayGoodbye(mPairs->array[i]);
+        for (int i = 0; i < mPairs->size; ++i)
+            if (isOf(mPairs->array[i]))
+                mPairs->array[i] = nullptr;
+        for (const auto& arena : mArenas)
+            for (Result& result : arena->results)
+                if (isOf(result.pair))
+                    result.pair = nullptr;
+    }
+    // The model's pairs stand last in the list, behind those that earlier removals have ended. A
+    // subscriber may remove another model meanwhile, which lengthens the list.
+    for (std::size_t i = mSpace->GetRemovedPairList().size(); i-- > 0;) {
         ColModelPair* pair = &mSpace->GetRemovedPairList()[i]->mPair;
+        if ((pair->m_flags & kColPairEnded) != 0)
+            break;
         if (isOf(pair))
             sayGoodbye(pair);
     }
     ColSpaceForgetModel(mSpace, model);
+}
+
+// The pair is that of the composite and goes on; what it touches comes again in the next step.
+void HyBridge::childModelRemoved(const ColModel* model) {
+    if (!mUpdating)
+        return;
+    for (const auto& arena : mArenas)
+        for (Result& waiting : arena->results) {
+            ColIntersectResult& result = waiting.result;
+            const bool names = std::any_of(
+                result.contacts, result.contacts + result.contactCount,
+                [model](const ColContact& c) { return c.model1 == model || c.model2 == model; });
+            if (!names)
+                continue;
+            if (waiting.pair && waiting.event == kEventFirst)
+                ColModelPairSetWasIntersecting(waiting.pair, false);
+            waiting.pair = nullptr;
+            result.contactCount = result.groupCount = 0; // a subscriber may have it in hand
+        }
 }
 
 // Intersection.
@@ -150,6 +213,11 @@ void HyBridge::handleCollisions(HyReal time) {
     KitThreadPoolExecute(parallel ? frame->getThreadPool() : nullptr, mUnits.data(), units);
     for (std::size_t unit = 0; unit < units; ++unit) {
         mSafeTime = std::min(mSafeTime, mArenas[unit]->safeTime);
+        if (std::exchange(mArenas[unit]->overrun, 0) > 0)
+            HyInfo(0,
+                   "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the "
+                   "initial buffer size can be set using HyUniverse::setContactBufferSize.\n",
+                   static_cast<int>(mArenas[unit]->buffer.size()));
         respond(*mArenas[unit]);
     }
     handleInactivePairs();
@@ -189,7 +257,7 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
     if (!pairNeedsCollision(model1, model2, mNumSensorSensorPairSubscribers > 0,
                             mNumSensorPartPairSubscribers > 0, mAcceptNonDynamicPairCollision)) {
         // A load that rests on an animated part sleeps with its contacts: the part can wake it.
-        if (touched && !bothRest(model1, model2)) {
+        if (touched && !(bothRest(model1, model2) && filtersAgree(model1, model2))) {
             ColModelPairSetWasIntersecting(pair, false);
             add(Result::kRespond, kEventDisjoint);
         }
@@ -206,11 +274,6 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
             break;
         ++arena.overrun; // the contacts may have been cut
         arena.buffer.resize(2 * arena.buffer.size());
-        HyInfo(
-            0,
-            "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the initial "
-            "buffer size can be set using HyUniverse::setContactBufferSize.\n",
-            static_cast<int>(arena.buffer.size()));
     }
     bool touches = result.touch != 0;
     if (touches && result.safeTime > 0 && result.safeTime < time) {
@@ -234,11 +297,7 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
 
 bool HyBridge::pairNeedsCollision(const ColModel* model1, const ColModel* model2, bool sensorSensor,
                                   bool sensorPart, bool acceptNonDynamic) const {
-    const HyCollisionGeometry *g1 = model1->mCollisionGeometry, *g2 = model2->mCollisionGeometry;
-    HyIntersectFilter *filter1 = model1->mIntersectFilter, *filter2 = model2->mIntersectFilter;
-    if (filter1 && !filter1->isPairEnabled(g1, g2))
-        return false;
-    if (filter2 && filter2 != filter1 && !filter2->isPairEnabled(g1, g2))
+    if (!filtersAgree(model1, model2))
         return false;
     const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
     if (root1 && root1 == root2)
@@ -298,10 +357,13 @@ void HyBridge::notify(ColModelPair* pair, ColIntersectResult* result, eIntersect
     if (event == kEventDisjoint || event == kEventInactive) {
         list->notifyDisjoint(event, &view);
     } else {
-        const bool sensor = isSensor(pair->model1) || isSensor(pair->model2);
+        const bool sensor = pair->mResponseID1 == HyUniverse::kResponseSensor ||
+                            pair->mResponseID2 == HyUniverse::kResponseSensor;
         HyDynamicsContactInput input(sensor ? nullptr
                                             : static_cast<DynContact*>(pair->responseData));
         list->notifyIntersect(event, &view, &input);
+        if (!sensor && (pair->m_flags & kColPairEnded) == 0)
+            resolveFriction(static_cast<DynContact*>(pair->responseData));
     }
     mAccIntersectSubscriberTime += timer.stop();
 }

@@ -58,18 +58,22 @@ HyCollisionGeometry* HyCollisionGeometry::clone(bool deep) const {
     HyGeometry* shape = getGeometry();
     auto* copy =
         new HyCollisionGeometry(shape && deep ? shape->clone() : shape, getMaterial(), mTransform);
-    copy->mFilter = mFilter;
-    copy->mTolerance = mTolerance;
-    copy->mDensity = mDensity;
-    copy->initModel();
-    copy->mCollisionEnabled = mCollisionEnabled;
-    copy->mMassEnabled = mMassEnabled;
-    copy->mStatic = mStatic;
-    copy->mFastMoving = mFastMoving;
-    copy->setRequestID(getRequestID(), false);
-    copy->setResponseID(getResponseID());
-    copy->setTemporaryDisabledStatus(mTemporarilyDisabledFlag);
+    copy->copySettings(*this);
     return copy;
+}
+
+void HyCollisionGeometry::copySettings(const HyCollisionGeometry& from) {
+    mFilter = from.mFilter;
+    mTolerance = from.mTolerance;
+    mDensity = from.mDensity;
+    initModel();
+    mCollisionEnabled = from.mCollisionEnabled;
+    mMassEnabled = from.mMassEnabled;
+    mStatic = from.mStatic;
+    mFastMoving = from.mFastMoving;
+    setRequestID(from.getRequestID(), false);
+    setResponseID(from.getResponseID());
+    setTemporaryDisabledStatus(from.mTemporarilyDisabledFlag);
 }
 
 // Shape.
@@ -288,6 +292,7 @@ void HyCollisionGeometry::setContactTolerance(HyReal tolerance) {
     }
     mTolerance = tolerance;
     initModel();
+    updateSpaceProperties();
 }
 
 HyReal HyCollisionGeometry::getContactTolerance() const {
@@ -322,8 +327,14 @@ void HyCollisionGeometry::setResponseID(int id) {
         HyWarning(0, "HyCollisionGeometry::setResponseID: the id must be in the response table.\n");
         return;
     }
-    if (mColModelID)
-        ColModelSetResponseID(mColModelID, id);
+    if (!mColModelID || id == mColModelID->mResponseID)
+        return;
+    ColModelSetResponseID(mColModelID, id);
+    if (mColModelID->mSpace && mTemporarilyDisabledFlag != kTemporaryDisabledLongTerm) {
+        ColSpaceParkModel(mColModelID,
+                          true); // its pairs end by the old responses and begin by the new
+        ColSpaceParkModel(mColModelID, false);
+    }
 }
 
 int HyCollisionGeometry::getResponseID() const {

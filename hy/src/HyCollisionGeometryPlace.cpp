@@ -28,8 +28,8 @@ void HyCollisionGeometry::setTransformRelative(const HyTransform& transform) {
     mTransform = transform;
     updateReferenceFrame();
     updateAbsoluteTransform();
-    updateSpaceProperties();
     updateMassPropertiesPart();
+    updateSpaceProperties();
 }
 
 void HyCollisionGeometry::setTransformAbsolute(const HyTransform& transform) {
@@ -152,10 +152,12 @@ void HyCollisionGeometry::setMassEnabled(bool enabled) {
 }
 
 void HyCollisionGeometry::updateMassPropertiesPart() {
-    if (mParent)
+    if (mParent) {
+        mParent->childMoved();
         mParent->updateMassPropertiesPart();
-    else if (mPart)
+    } else if (mPart) {
         mPart->updateMassFromGeometries();
+    }
 }
 
 bool HyCollisionGeometry::computeMassPropertiesFromDensity(HyMassProperties& properties) const {

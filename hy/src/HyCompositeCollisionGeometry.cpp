@@ -5,6 +5,7 @@
 #include <Col/ColComposite.h>
 #include <Col/ColModel.h>
 #include <Col/ColModelFunctions.h>
+#include <Hy/HyBridge.h>
 #include <Hy/HyCollisionGeometryState.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
@@ -31,12 +32,7 @@ HyCompositeCollisionGeometry::~HyCompositeCollisionGeometry() {
 HyCompositeCollisionGeometry* HyCompositeCollisionGeometry::clone(bool deep) const {
     auto* copy = new HyCompositeCollisionGeometry;
     copy->setTransformRelative(getTransformRelative());
-    copy->setMassEnabled(isMassEnabled());
-    copy->setCollisionEnabled(isCollisionEnabled());
-    copy->setStatic(isStatic());
-    copy->setFastMoving(isFastMoving());
-    copy->setRequestID(getRequestID(), false);
-    copy->setResponseID(getResponseID());
+    copy->copySettings(*this);
     for (const HyCollisionGeometry* child : mCollisionGeometries)
         copy->addCollisionGeometry(child->clone(deep));
     return copy;
@@ -113,6 +109,8 @@ void HyCompositeCollisionGeometry::detachModel(HyCollisionGeometry& child) {
     ColModel* model = child.getColModel();
     if (!model || !getColModel())
         return;
+    if (HyUniverse* universe = getUniverse())
+        universe->getBridge()->childModelRemoved(model);
     const auto remove =
         child.isHole() ? ColCompositeModelRemoveElementHole : ColCompositeModelRemoveElement;
     remove(getColModel(), model);
@@ -120,10 +118,13 @@ void HyCompositeCollisionGeometry::detachModel(HyCollisionGeometry& child) {
 }
 
 void HyCompositeCollisionGeometry::childChanged() {
-    if (!mComposite)
-        return;
-    ColCompositeGeometryRebuild(mComposite);
-    updateSpaceProperties();
+    if (mComposite && !mForwarding)
+        updateSpaceProperties();
+}
+
+void HyCompositeCollisionGeometry::childMoved() {
+    if (mComposite)
+        ColCompositeGeometryRebuild(mComposite);
 }
 
 // Forwarded.
@@ -187,15 +188,19 @@ HyVector3 HyCompositeCollisionGeometry::getExtremePoint(const HyVector3& directi
 }
 
 void HyCompositeCollisionGeometry::setStatic(bool on) {
-    HyCollisionGeometry::setStatic(on);
+    mForwarding = true; // once for all children
     for (HyCollisionGeometry* child : mCollisionGeometries)
         child->setStatic(on);
+    mForwarding = false;
+    HyCollisionGeometry::setStatic(on);
 }
 
 void HyCompositeCollisionGeometry::setFastMoving(bool on) {
-    HyCollisionGeometry::setFastMoving(on);
+    mForwarding = true;
     for (HyCollisionGeometry* child : mCollisionGeometries)
         child->setFastMoving(on);
+    mForwarding = false;
+    HyCollisionGeometry::setFastMoving(on);
 }
 
 void HyCompositeCollisionGeometry::updateReferenceFrame() {

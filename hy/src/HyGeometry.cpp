@@ -26,7 +26,7 @@ HyGeometry::~HyGeometry() {
 }
 
 void HyGeometry::setDimensions(const HyVector3&) {
-    HyWarning(0, "HyGeometry::setDimensions: not implemented.\n");
+    HyWarning(0, "HyGeometry::setDimensions: the shape has no dimensions along its axes.\n");
 }
 
 // Mass.

@@ -5,6 +5,7 @@
 #include <Col/ColIntersect.h>
 #include <Col/ColModel.h>
 #include <Col/ColModelPair.h>
+#include <Col/ColSimplify.h>
 #include <Col/ColSpace.h>
 #include <Hy/HyBridge.h>
 #include <Hy/HyCollisionGeometry.h>
@@ -14,6 +15,8 @@
 #include <Hy/HyIntersectResult.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
+#include <Hy/HyPointer.h>
+#include <Hy/HySafeWalk.h>
 #include <Hy/HyUniverse.h>
 
 #include <vector>
@@ -81,7 +84,8 @@ bool HyIntersect::intersect(HyPart* part, IntersectSubscriber* subscriber, bool 
         universe->getBridge()->updateTransitions();
     const HyReal time = HyFrame::instance()->getTimeStep();
     bool touches = false;
-    for (HyCollisionGeometry* geometry : part->getCollisionGeometries()) {
+    for (HySafeWalk walk(part->getCollisionGeometries());
+         HyCollisionGeometry* geometry = walk.next();) {
         if (subscriber)
             subscriber->mTestCg = geometry;
         switch (universe->getBridge()->detectCollisions(geometry, time, subscriber)) {
@@ -105,6 +109,15 @@ HyCollisionGeometry* rootOf(HyCollisionGeometry* geometry) {
     return geometry;
 }
 
+/// States a result from the other side.
+void invert(ColIntersectResult& result) {
+    for (int i = 0; i < result.contactCount; ++i)
+        ColContactInvert(&result.contacts[i]);
+    result.normal = -result.normal;
+    for (int group = 0; group < result.groupCount; ++group)
+        result.groupResult[group].normal = -result.groupResult[group].normal;
+}
+
 /// Intersects the pair, or, for a geometry inside a composite, it alone with the pair's other model.
 void intersect(ColModelPair* pair, ColModel* root, ColModel* asked, HyReal time,
                std::vector<ColContact>& buffer, ColIntersectResult& result) {
@@ -123,8 +136,11 @@ void intersect(ColModelPair* pair, ColModel* root, ColModel* asked, HyReal time,
             break;
         buffer.resize(2 * buffer.size()); // the contacts may have been cut
     }
-    if (asked != root)
+    if (asked != root) {
         ColGoodbye(&child);
+        if ((used->model1 == asked) != (pair->model1 == root))
+            invert(result);
+    }
     result.pair = pair;
 }
 
@@ -137,7 +153,8 @@ CGTestEnum HyBridge::detectCollisions(HyCollisionGeometry* geometry, HyReal time
     if (!asked || !root || root->mSpace != mSpace ||
         asked->mTemporaryDisabledStatus != kNotTemporaryDisabled)
         return kCGCollisionNone;
-    std::vector<ColModelPair*> pairs; // the subscriber may change them
+    const HyPointer<HyCollisionGeometry> alive(geometry); // the subscriber may destroy it
+    std::vector<ColModelPair*> pairs;                     // the subscriber may change them
     for (CxPairLink* link = mSpace->GetNextPairOf(root->mSpaceID, nullptr); link;
          link = mSpace->GetNextPairOf(root->mSpaceID, link))
         pairs.push_back(&link->mPair);
@@ -172,7 +189,7 @@ CGTestEnum HyBridge::detectCollisions(HyCollisionGeometry* geometry, HyReal time
         subscriber->mResult = &view;
         const bool goOn = subscriber->notify(other->mCollisionGeometry);
         subscriber->mResult = nullptr;
-        if (!goOn)
+        if (!goOn || !alive.valid() || geometry->getColModel() != asked)
             return kCGCollidesAndAborted;
         answer = kCGCollides;
     }

@@ -48,6 +48,11 @@ bool HyIntersectResult::isPairTouching() const {
     return mIntersectResult && mIntersectResult->touch != 0;
 }
 
+bool HyIntersectResult::hasPairEnded() const {
+    const ColModelPair* pair = mIntersectResult ? mIntersectResult->pair : nullptr;
+    return pair && (pair->m_flags & kColPairEnded) != 0;
+}
+
 int HyIntersectResult::getContactMaxCount() const {
     return mIntersectResult ? mIntersectResult->contactMaxCount : 0;
 }

@@ -1,5 +1,6 @@
 #include <Hy/HyIntersectSubscriberList.h>
 
+#include <Hy/HyIntersectResult.h>
 #include <Hy/HyMessage.h>
 
 #include <algorithm>
@@ -54,7 +55,9 @@ void HyIntersectSubscriberList::notifyIntersect(eIntersectEventType event,
                                                 HyIntersectResult* result,
                                                 HyDynamicsResponseInput* input) {
     forEach([&](HyIntersectSubscriber& subscriber) {
-        subscriber.notifyIntersect(event, result, input);
+        if (!result
+                 ->hasPairEnded()) // an earlier one may have removed a part: the contacts are gone
+            subscriber.notifyIntersect(event, result, input);
     });
 }
 

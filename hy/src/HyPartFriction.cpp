@@ -2,7 +2,10 @@
 
 #include <Dyn/DynBody.h>
 #include <Hy/FrictionDirectionSubscriber.h>
+#include <Hy/HyBridge.h>
 #include <Hy/HyDynamicsContactInput.h>
+#include <Hy/HyMessage.h>
+#include <Hy/HyUniverse.h>
 
 namespace Hy {
 
@@ -18,6 +21,11 @@ void notifySubscriber(DynBaseConstraint* firstContact, DynBody* body, void* subs
 void HyPart::setFrictionDirectionSubscriber(FrictionDirectionSubscriber* subscriber) {
     if (subscriber == mFrictionDirectionSubscriber.get())
         return;
+    if (mUniverse && mUniverse->getBridge()->isUpdating()) { // the present one may be at work
+        HyWarning(0, "HyPart::setFrictionDirectionSubscriber: cannot be called from a response or "
+                     "subscriber.\n");
+        return;
+    }
     DynBodySetFrictionDirectionCB(mDynBodyID, subscriber ? notifySubscriber : nullptr, subscriber);
     mFrictionDirectionSubscriber.reset(subscriber);
 }

@@ -39,6 +39,7 @@ struct MatchRecord {
     int dynamic_flags[kContactRows];
     int flags;
     const DynContact* contact;
+    const DynBody* body[2];
     bool matched;
 };
 
@@ -52,6 +53,7 @@ void remember(MatchRecord& record, const DynContact& contact) {
     std::copy_n(contact.bclH.dynamic_flags, kContactRows, record.dynamic_flags);
     record.flags = contact.flags;
     record.contact = &contact;
+    std::copy_n(contact.body, 2, record.body);
     record.matched = false;
 }
 
@@ -162,7 +164,7 @@ MatchRecord* Update::findMatch(const lsVec3& position) {
         MatchRecord& record = mRecords[i];
         if (record.matched)
             continue;
-        const DynBody* const* bodies = record.contact->body;
+        const DynBody* const* bodies = record.body;
         if (isNear(record.posRel0, local[0], epsilon) ||
             isNear(record.posRel1, local[1], epsilon) ||
             (bodies[0] && isCarried(record, bodies[0])) ||
@@ -221,6 +223,7 @@ void Update::continueFrom(DynContact& target, const MatchRecord* match, bool app
     target.flags &= ~(kDynContactMatched | kDynContactMatching);
     if (applies)
         target.flags |= kDynContactMatching;
+    KitVector3Set(target.direction, 1, 0, 0); // what the record's last contact chose is not ours
     if (!match) {
         target.slip_displacement[0] = target.slip_displacement[1] = 0;
         return;

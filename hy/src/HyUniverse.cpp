@@ -16,6 +16,7 @@
 #include <Hy/HyUniverseObserver.h>
 
 #include <Dyn/DynBody.h>
+#include <Dyn/DynConstraint.h>
 #include <Dyn/DynWorld.h>
 
 #include <algorithm>
@@ -48,6 +49,18 @@ void setGeometriesStatic(DynBody* body, bool isStatic) {
     if (body->mPart)
         for (HyCollisionGeometry* geometry : body->mPart->getCollisionGeometries())
             geometry->setStatic(isStatic);
+}
+
+// The pairs of the body's geometries end by themselves; until then its contacts rest.
+void disableContacts(const DynBody& body) {
+    for (KitCListNode *node = body.constraintList, *next = nullptr; node; node = next) {
+        next = node->next;
+        if (node->constraint->bclH.tag != kDynTagContact)
+            continue;
+        while (next && next->constraint == node->constraint) // both slots may hold the body
+            next = next->next;
+        DynConstraintDisable(node->constraint);
+    }
 }
 
 /// Contacts of one pair before its buffer grows.
@@ -213,6 +226,7 @@ void HyUniverse::insertDynBody(DynBody* body) {
 void HyUniverse::removeDynBody(DynBody* body) {
     warnIfStepping("remove part");
     mUserContacts->forget(body);
+    disableContacts(*body);
     mPartVisits.leaves(body);
     DynWorldRemoveBody(mWorld, body);
 }

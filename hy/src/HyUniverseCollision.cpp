@@ -338,6 +338,11 @@ void HyUniverse::setContactBufferSize(int size) {
 
 // Sleeping parts are woken for the update, since pairs at rest are passed over.
 void HyUniverse::resetContacts(bool enableSubscribers) {
+    if (mBridge->isUpdating()) {
+        HyWarning(0,
+                  "HyUniverse::resetContacts: cannot be called from a response or subscriber.\n");
+        return;
+    }
     std::vector<HyPart*> asleep;
     for (HyPart* part : mParts)
         if (part->getEffectiveControl() == HyPart::kControlDynamic && !part->isDynamicsAwake())

@@ -89,10 +89,8 @@ void HyUniverse::stepCollisionRules() {
                 if (isSwitched(geometry) &&
                     std::any_of(changed.begin(), changed.end(), [&](const HyCollisionRule& rule) {
                         return rule.appliesTo(target);
-                    })) {
-                    geometry->clearDirtyFlag();
-                    named.push_back(geometry);
-                }
+                    }))
+                    named.push_back(geometry); // stays dirty: one that is not named may meet it too
             }
             applyCollisionRules(named, true);
         }

@@ -99,6 +99,7 @@ void HyUniverse::restoreLockTargets() {
 
 void HyUniverse::solveDynamicsImpl(HyReal dt) {
     mStepping = true;
+    mUserContacts->resolveFriction();
     measure(mUniverseTimings.solveDynamics, [this, dt] { DynWorldStep(mWorld, dt); });
 }
 

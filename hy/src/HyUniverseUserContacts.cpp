@@ -16,6 +16,8 @@ namespace Hy {
 namespace {
 
 bool mayTouch(const HyUniverse& universe, const HyPart* part1, const HyPart* part2) {
+    if (part1 == part2) // a part does not touch itself
+        return false;
     bool dynamic = false;
     for (const HyPart* part : {part1, part2}) {
         if (!part)

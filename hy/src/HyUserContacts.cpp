@@ -18,12 +18,16 @@ DynBody* bodyOf(const HyPart* part) {
     return part ? part->getDynBody() : nullptr;
 }
 
-void setMaterial(DynContact* contact, const HyContactMaterial& material) {
+void resolve(DynContact* contact) {
     KitReal low, high;
     DynContactGetPairMasses(contact->body[0], contact->body[1], &low, &high);
+    DynContactResolveFriction(contact, low, high);
+}
+
+void setMaterial(DynContact* contact, const HyContactMaterial& material) {
     DynContactSetParams(contact, &material.getValue(),
                         HyInternName(material.getName(), contact->contactMaterialName));
-    DynContactResolveFriction(contact, low, high);
+    resolve(contact);
 }
 
 } // namespace
@@ -69,9 +73,18 @@ void HyUserContacts::disableAll() {
         contact->enableContact(false);
 }
 
+void HyUserContacts::resolveFriction() {
+    for (HyDynamicsContact* each : mContacts)
+        if (each->isEnabled())
+            resolve(each->getDynContact());
+}
+
 void HyUserContacts::forget(const DynBody* body) {
     for (HyDynamicsContact* each : mContacts) {
         DynContact* contact = each->getDynContact();
+        for (DynBody*& original : contact->originalBodies)
+            if (original == body)
+                original = nullptr;
         DynBody* const bodies[2] = {contact->body[0], contact->body[1]};
         if (bodies[0] != body && bodies[1] != body)
             continue;
@@ -79,9 +92,6 @@ void HyUserContacts::forget(const DynBody* body) {
             continue;
         DynContactSetBodies(contact, bodies[0] == body ? nullptr : bodies[0],
                             bodies[1] == body ? nullptr : bodies[1]);
-        for (DynBody*& original : contact->originalBodies)
-            if (original == body)
-                original = nullptr;
     }
 }
 

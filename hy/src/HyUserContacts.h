@@ -28,6 +28,9 @@ public:
     void destroyAll();
     /// After a step: what is to act in the next one is enabled anew.
     void disableAll();
+    /// Before a solve: turns friction models that the application chose meanwhile into those that the
+    /// rows know.
+    void resolveFriction();
     /// The body leaves the world: its contacts are disabled and have it no more.
     void forget(const DynBody* body);
     [[nodiscard]] const HyArray<HyDynamicsContact*>& all() const { return mContacts; }

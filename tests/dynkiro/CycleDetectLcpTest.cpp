@@ -130,8 +130,14 @@ TEST_F(CycleDetectLcpTest, CountsPasses) {
     EXPECT_TRUE(status.converged);
 
     parameters.max_iterations = 0; // the free solution
+    EXPECT_EQ(solve(p), 0);
+    EXPECT_TRUE(status.converged) << "it lies within the bounds";
+    p.b[0] = -1;
+    p.A.row(0).tail(5).setZero();
+    p.A.col(0).tail(5).setZero();
     p.lower.setConstant(0);
     EXPECT_EQ(solve(p), 0);
+    EXPECT_FALSE(status.converged);
     EXPECT_LT((p.A * z - p.b).norm(), 1e-10);
 }
 

@@ -117,10 +117,6 @@ void ColCompositeModelDestroyInPool(ColModel* model, KitPool* pool) {
     ColCompositeGeometry* geometry = compositeOf(model, " in ColCompositeModelDestroy.");
     if (!geometry)
         return;
-    if (model->mSpace) {
-        ColError(gColCoreErrorList, kColErrorModelInSpace, "");
-        return;
-    }
     forChildren(*geometry, [&](ColModel* child) {
         if (child->mParent == model)
             release(child);

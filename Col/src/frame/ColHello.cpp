@@ -24,8 +24,10 @@ void bind(ColModelPair* pair) {
     pair->m_pathIntersectFn = found.pathIntersectFn;
     pair->m_safetimeFn = found.safetimeFn;
     pair->m_goodbyeFn = found.goodbyeFn;
-    if (swap)
+    if (swap) {
         std::swap(pair->model1, pair->model2);
+        std::swap(pair->mResponseID1, pair->mResponseID2);
+    }
     if (found.helloFn)
         found.helloFn(pair);
 }

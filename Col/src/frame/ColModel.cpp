@@ -2,7 +2,7 @@
 #include <Col/ColFrame.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
-#include <Col/CxSpace.h>
+#include <Col/ColSpace.h>
 #include <Kit/KitMessage.h>
 #include <Kit/KitPool.h>
 
@@ -73,7 +73,9 @@ void ColModelDestroyInPool(ColModel* model, KitPool* pool) {
         return;
     if (model->mSpace) {
         ColError(gColCoreErrorList, kColErrorModelInSpace, "");
-        return;
+        CxSpace* space = model->mSpace;
+        ColSpaceRemoveModel(model);
+        space->ForgetModel(model);
     }
     ColModel* parent = model->mParent;
     if (ColModelIsComposite(parent) && ColCompositeModelRemoveElement(parent, model) == 0)

@@ -12,7 +12,7 @@ constexpr KitReal kIntegratorEpsilon = 0.0001; ///< s
 /// Farthest that a point within R of the pivot leaves its chord while turning by theta, m. An
 /// endless geometry has no radius, and its box needs no help.
 KitReal sagitta(KitReal radius, KitReal theta) {
-    if (!(theta > 0) || !std::isfinite(radius))
+    if (!(theta > 0) || !(radius < kKitInfinity))
         return 0;
     return theta >= std::numbers::pi ? 2 * radius : radius * (1 - std::cos(0.5 * theta));
 }

@@ -22,7 +22,11 @@ void ColModelPairDestroy(ColModelPair* pair) {
 
 void ColModelPairReset(ColModelPair* pair, ColModel* model1, ColModel* model2) {
     if (pair)
-        *pair = {.model1 = model1, .model2 = model2, .request = ColGetDefaultRequestPtr()};
+        *pair = {.model1 = model1,
+                 .model2 = model2,
+                 .request = ColGetDefaultRequestPtr(),
+                 .mResponseID1 = model1 ? model1->mResponseID : 0,
+                 .mResponseID2 = model2 ? model2->mResponseID : 0};
     else
         ColMistake(kColErrorPair, " in ColModelPairReset.");
 }

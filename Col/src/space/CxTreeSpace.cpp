@@ -182,8 +182,7 @@ void CxTreeSpace::takeBox(int id, const lsVec3& min, const lsVec3& max) {
     Rep& rep = mReps[idx(id)];
     TightBox& box = mBoxes[idx(id)];
     if (!(min[0] <= max[0] && min[1] <= max[1] && min[2] <= max[2])) { // NaN included
-        if (!std::exchange(rep.warned, true))
-            KitWarning(0, "CxSpace::Update: a box that is not a number keeps its last extents.\n");
+        rep.bad = !rep.warned;                                         // a worker tells nobody
         return;
     }
     KitReal ahead[3] = {0, 0, 0}, widest = 0;
@@ -232,6 +231,10 @@ void CxTreeSpace::touch(int id) {
 }
 
 void CxTreeSpace::markLeft(int id) {
+    if (std::exchange(mReps[idx(id)].bad, false)) {
+        mReps[idx(id)].warned = true;
+        KitWarning(0, "CxSpace::Update: a box that is not a number keeps its last extents.\n");
+    }
     if (mReps[idx(id)].left)
         mLeft.push_back(id);
 }
@@ -527,8 +530,6 @@ CxPairLink* CxTreeSpace::newLink(Entry* entry, List list) {
     ColModel* model1 = mReps[idx(entry->id[0])].model;
     ColModel* model2 = mReps[idx(entry->id[1])].model;
     ColModelPairReset(&link->mPair, model1, model2);
-    link->mPair.mResponseID1 = model1->mResponseID;
-    link->mPair.mResponseID2 = model2->mResponseID;
     link->mID1 = entry->id[0];
     link->mID2 = entry->id[1];
     link->mSerial1 = std::min(model1->serial, model2->serial);
@@ -607,10 +608,13 @@ void CxTreeSpace::takePairsOf(int id, bool keepExceptions) {
         next = entry->next[entry->id[1] == id];
         if (CxPairLink* link = entry->link; link != nullptr) {
             detach(link);
-            if (link->mList == kNewEnabled || (link->mList == kNew && mChanging))
+            // What ended in this interval still waits for its goodbye.
+            if (link->mList == kNewEnabled || (link->mList == kNew && mChanging)) {
+                link->mPair.model1 = link->mPair.model2 = nullptr;
                 moveLink(link, kNone);
-            else if (link->mList != kEnded)
+            } else {
                 moveLink(link, kRemoved);
+            }
         }
         entry->overlap = entry->candidate = false;
         setAwake(entry, false);

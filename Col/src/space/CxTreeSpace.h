@@ -108,6 +108,7 @@ private:
         bool touched = false; ///< has a new box outside UpdateAll()
         bool reclassify = false;
         bool warned = false;
+        bool bad = false;        ///< the last box was no box, and nobody was told
         std::uint32_t fresh = 0; ///< order of insertion in this interval, 0 for older ones
     };
     class BoxUnit;

@@ -55,6 +55,10 @@ ColModel* at(const ColCompositeGeometry* geometry,
 
 /// The smallest sphere around both; the first radius is negative for no sphere yet.
 void growSphere(lsVec3& centre, KitReal& radius, const lsVec3& otherCentre, KitReal otherRadius) {
+    if (radius >= kKitInfinity || otherRadius >= kKitInfinity) { // endless: any centre will do
+        radius = kKitInfinity;
+        return;
+    }
     const lsVec3 apart = otherCentre - centre;
     const KitReal d = apart.norm();
     if (radius < 0 || (otherRadius > radius && otherRadius - radius >= d)) {

@@ -81,8 +81,9 @@ void computeGroupSurface(std::span<const ColContact> contacts, ColIntersectGroup
         least = std::min(least, c.separation);
         sum += c.separation;
     }
+    // A share of the depth: contacts that are apart must not make it more than all.
     if (least / sum > 0)
-        group.surface *= least / sum;
+        group.surface *= std::min(least / sum, 1.0);
 }
 
 /// One simplification on its way.

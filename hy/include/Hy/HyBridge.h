@@ -85,10 +85,15 @@ public:
     /// of the space: ends the one and begins the next.
     /// @param time step in s; 0 also visits pairs at rest
     void updateContacts(HyReal time);
-    /// The transitions alone.
+    /// The transitions alone. Neither may be called from a response or subscriber: a warning, and
+    /// nothing happens.
     void updateTransitions();
     /// The model has left the space: its pairs end at once, and results that wait are dropped.
     void modelRemoved(ColModel* model);
+    /// A model inside of a composite goes: results that name it are dropped.
+    void childModelRemoved(const ColModel* model);
+    /// Whether an update is under way: inside responses and subscribers.
+    [[nodiscard]] bool isUpdating() const { return mUpdating; }
     /// Time of the first impact that the last update found, s; its time if there was none.
     [[nodiscard]] HyReal getCollisionSafeTime() const { return mSafeTime; }
     /// Looks at the pairs of a geometry where they stand, see HyIntersect::intersect().
@@ -126,6 +131,8 @@ private:
 
     void fillRequestTable();
     void countSubscriber(int id1, int id2, eIntersectEventType event, int change);
+    [[nodiscard]] bool beginUpdate(const char* operation);
+    void endUpdate();
     void handleTransitions();
     void handleCollisions(HyReal time);
     void collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const;
@@ -159,6 +166,7 @@ private:
     bool mAcceptNonDynamicPairCollision = false;
     bool mCallBackEnabled = true;
     bool mMultiThreaded = false;
+    bool mUpdating = false;
 };
 
 } // namespace Hy

@@ -103,7 +103,7 @@ public:
     /// @param updatePairs give living pairs the new request
     bool setRequestID(int id, bool updatePairs);
     [[nodiscard]] int getRequestID() const;
-    /// Row of the response table: one of the ids of HyUniverse.
+    /// Row of the response table: one of the ids of HyUniverse. Living pairs end and begin anew.
     void setResponseID(int id);
     [[nodiscard]] int getResponseID() const;
 
@@ -156,6 +156,8 @@ public:
 protected:
     virtual HyCollisionGeometryState* createStateImpl() const;
     virtual void restoreStateImpl(const HyCollisionGeometryState& state);
+    /// What a clone takes besides shape, material and place.
+    void copySettings(const HyCollisionGeometry& from);
     /// Takes the model of a composite, made by it.
     void adoptModel(ColModel* model);
     /// Removes the model from the space and answers it; null if there is none.

@@ -58,8 +58,10 @@ public:
     /// The child's model joins or leaves those of the composite.
     void attachModel(HyCollisionGeometry& child);
     void detachModel(HyCollisionGeometry& child);
-    /// A child has another size, place or setting.
+    /// A child has another setting.
     void childChanged();
+    /// A child has another size or place.
+    void childMoved();
 
 protected:
     HyCollisionGeometryState* createStateImpl() const override;
@@ -68,6 +70,7 @@ protected:
 private:
     CollisionGeometries mCollisionGeometries;
     ColCompositeGeometry* mComposite = nullptr; ///< owned
+    bool mForwarding = false;                   ///< a setting is on its way to all children
 };
 
 } // namespace Hy

@@ -55,6 +55,8 @@ public:
     /// No contacts, no touch, no pair.
     void reset();
     [[nodiscard]] bool isPairTouching() const;
+    /// Whether the pair has ended since, as when a subscriber removed one of its geometries.
+    [[nodiscard]] bool hasPairEnded() const;
     [[nodiscard]] int getContactMaxCount() const;
     [[nodiscard]] int getContactCount() const;
     /// Time of the first touch within the step, s.

@@ -316,7 +316,8 @@ public:
 
     /// Lets a subscriber aim the friction of the part's contacts; null ends that. Of two parts in
     /// contact the first one's subscriber is asked, if it has one.
-    /// @param subscriber owned by the part from now on; the one so far is deleted
+    /// @param subscriber owned by the part from now on; the one so far is deleted. Not from a response
+    ///   or subscriber: a warning, no change, and it stays the caller's
     void setFrictionDirectionSubscriber(FrictionDirectionSubscriber* subscriber);
     [[nodiscard]] FrictionDirectionSubscriber* getFrictionDirectionSubscriber() const;
 
