@@ -12,15 +12,8 @@ constexpr KitReal kBesideSine = 0.05;
 /// Feature of a sphere, and of a capsule's side.
 constexpr int kCurved = 3;
 
-/// Share of the radius by which a border must be nearer than the face.
-constexpr KitReal kBorderAdvantage = 1e-9;
-
-bool isOnBorder(const CxTriangleNE& t, unsigned edges) noexcept {
-    for (int i = 0; i < 3; ++i)
-        if ((edges & 1U << i) != 0 && t.mMateNormalCos[i] != kCxNoMate)
-            return false;
-    return true;
-}
+/// Squared difference from the face's normal up to which a direction is that.
+constexpr KitReal kAlongFaceSquare = 1e-12;
 
 /// How a ball meets a triangle.
 struct BallOnTriangle {
@@ -64,7 +57,10 @@ private:
     void offerFace() noexcept;
     void offerEdges() noexcept;
     void offerNearest(const TriangleSegmentPoints& nearest) noexcept;
-    void addAt(TriangleContacts* out, KitReal t, KitReal separation) const noexcept;
+    void writeOnFace(TriangleContacts* out) const noexcept;
+    void writeOnEdge(TriangleContacts* out) const noexcept;
+    void addAt(TriangleContacts* out, KitReal t, const lsVec3& way, KitReal found,
+               unsigned feature) const noexcept;
     [[nodiscard]] KitReal heightAt(KitReal t) const noexcept {
         return TriangleHeight(triangle, segment.at(t));
     }
@@ -101,20 +97,17 @@ void CapsuleTriangleTest::offerFace() noexcept {
     normal = triangle.mNormal;
 }
 
-/// Of a segment clear of the triangle: the way from its nearest point, if that is an edge's or corner's.
+/// Of a segment clear of the triangle: the way from its nearest point, if that is an edge's or corner's
+/// and does not lead straight out of the face.
 void CapsuleTriangleTest::offerNearest(const TriangleSegmentPoints& nearest) noexcept {
-    if (nearest.onTriangle.edges == 0)
-        return;
+    const unsigned feature = nearest.onTriangle.edges;
     const lsVec3 way = (segment.at(nearest.t) - nearest.onTriangle.position) / nearest.distance;
-    // A face that runs along the segment is as near as its own border. The border of an open surface
-    // is met from all sides.
-    if (!(nearest.distance - radius > separation + kBorderAdvantage * radius) ||
-        !(isOnBorder(triangle, nearest.onTriangle.edges) ||
-          TriangleAdmitsNormal(triangle, way, nearest.onTriangle.edges)))
+    const bool isFace = feature == 0 || (way - triangle.mNormal).square_norm() < kAlongFaceSquare;
+    if (isFace || !TriangleAdmitsNormal(triangle, way, feature))
         return;
     separation = nearest.distance - radius;
     normal = way;
-    edges = nearest.onTriangle.edges;
+    edges = feature;
     nearestT = nearest.t;
 }
 
@@ -139,47 +132,54 @@ void CapsuleTriangleTest::offerEdges() noexcept {
     }
 }
 
-void CapsuleTriangleTest::addAt(TriangleContacts* out, KitReal t, KitReal found) const noexcept {
-    const KitReal length = segment.half[2];
-    const KitReal cosine = length > 0 ? normal[2] : 0, square = cosine * cosine;
-    const int feature = square > kStandingSquare ? 2 : square < kLyingSquare ? kCurved : 1;
-    out->add(triangle, segment.at(t) - radius * normal, normal, found,
-             TriangleDims(feature, TriangleFeatureDimension(edges)));
+void CapsuleTriangleTest::addAt(TriangleContacts* out, KitReal t, const lsVec3& way, KitReal found,
+                                unsigned feature) const noexcept {
+    const KitReal cosine = segment.half[2] > 0 ? way[2] : 0, square = cosine * cosine;
+    const int end = square > kStandingSquare ? 2 : square < kLyingSquare ? kCurved : 1;
+    out->add(triangle, segment.at(t) - radius * way, way, found,
+             TriangleDims(end, TriangleFeatureDimension(feature)));
+}
+
+void CapsuleTriangleTest::write(TriangleContacts* out) const noexcept {
+    if (edges != 0)
+        writeOnEdge(out);
+    writeOnFace(out);
 }
 
 // On a face a capsule bears on the ends of what lies over it. An end that a seam cuts off is none:
-// the neighbour has the capsule's own.
-void CapsuleTriangleTest::write(TriangleContacts* out) const noexcept {
-    if (edges == 0) {
-        const KitReal limit = TriangleKeepLimit(separation, eps);
-        const auto addEnd = [&](KitReal t, int edge) {
-            const KitReal found = heightAt(t) - radius;
-            if (found <= limit && !(edge >= 0 && TriangleEdgeIsSeam(triangle, edge)))
-                addAt(out, t, found);
-        };
-        addEnd(range.low, range.lowEdge);
-        if (range.high > range.low)
-            addEnd(range.high, range.highEdge);
+// the neighbour has the capsule's own; nor is one that the edge cuts off which the capsule meets.
+void CapsuleTriangleTest::writeOnFace(TriangleContacts* out) const noexcept {
+    if (range.isEmpty())
         return;
-    }
-    if (TriangleFeatureDimension(edges) == 1) {
-        const int i = TriangleEdgeOf(edges);
-        lsVec3 along = triangle.mEdge[i];
-        along.normalize();
-        if (std::hypot(along[0], along[1]) < kBesideSine && segment.half[2] > 0) {
-            // Side by side: the ends of what lies along the edge, each at its own depth.
-            const KitReal start = triangle.mVertex[i][2] / segment.half[2];
-            const KitReal end = (triangle.mVertex[i] + triangle.mEdge[i])[2] / segment.half[2];
-            const KitReal low = std::clamp(std::min(start, end), -1.0, 1.0);
-            const KitReal high = std::clamp(std::max(start, end), -1.0, 1.0);
-            const KitReal climb = normal[2] * segment.half[2];
-            addAt(out, low, separation + (low - nearestT) * climb);
-            if (high > low)
-                addAt(out, high, separation + (high - nearestT) * climb);
-            return;
-        }
-    }
-    addAt(out, nearestT, separation);
+    const KitReal limit = TriangleKeepLimit(separation, eps);
+    const auto addEnd = [&](KitReal t, int clip) {
+        const KitReal found = heightAt(t) - radius;
+        const bool isMet = clip >= 0 && (edges & 1U << clip) != 0;
+        if (found <= limit && !isMet && !(clip >= 0 && TriangleEdgeIsSeam(triangle, clip)))
+            addAt(out, t, triangle.mNormal, found, 0);
+    };
+    addEnd(range.low, range.lowEdge);
+    if (range.high > range.low)
+        addEnd(range.high, range.highEdge);
+}
+
+void CapsuleTriangleTest::writeOnEdge(TriangleContacts* out) const noexcept {
+    const int i = TriangleEdgeOf(edges);
+    lsVec3 along = triangle.mEdge[i];
+    along.normalize();
+    const bool isBeside = TriangleFeatureDimension(edges) == 1 && segment.half[2] > 0 &&
+                          std::hypot(along[0], along[1]) < kBesideSine;
+    if (!isBeside)
+        return addAt(out, nearestT, normal, separation, edges);
+    // Side by side: the ends of what lies along the edge, each at its own depth.
+    const KitReal start = triangle.mVertex[i][2] / segment.half[2];
+    const KitReal end = (triangle.mVertex[i] + triangle.mEdge[i])[2] / segment.half[2];
+    const KitReal low = std::clamp(std::min(start, end), -1.0, 1.0);
+    const KitReal high = std::clamp(std::max(start, end), -1.0, 1.0);
+    const KitReal climb = normal[2] * segment.half[2];
+    addAt(out, low, normal, separation + (low - nearestT) * climb, edges);
+    if (high > low)
+        addAt(out, high, normal, separation + (high - nearestT) * climb, edges);
 }
 
 } // namespace

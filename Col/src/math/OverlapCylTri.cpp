@@ -89,7 +89,7 @@ struct CylinderTriangleWriter {
     void add(const lsVec3& onCylinder, KitReal separation) const noexcept {
         const KitReal square = search.normal[2] * search.normal[2];
         const int feature = square > kStandingSquare ? 2 : square < kLyingSquare ? 3 : 1;
-        if (separation <= TriangleKeepLimit(search.separation, search.eps))
+        if (separation <= search.keepLimit())
             out->add(search.triangle, onCylinder, search.normal, separation,
                      TriangleDims(feature, TriangleFeatureDimension(search.edges)));
     }

@@ -60,7 +60,7 @@ struct BoxTriangleWriter {
 
 private:
     void add(const lsVec3& onBox, KitReal separation, int boxFeature) const noexcept {
-        if (separation <= TriangleKeepLimit(search.separation, search.eps))
+        if (separation <= search.keepLimit())
             out->add(search.triangle, onBox, search.normal, separation,
                      TriangleDims(boxFeature, TriangleFeatureDimension(search.edges)));
     }

@@ -39,36 +39,38 @@ lsVec3 closestOnEdge(const CxTriangleNE& t, int i, const lsVec3& point, unsigned
     return t.mVertex[i] + along / square * t.mEdge[i];
 }
 
-/// The triangle's feature that a plane square to a direction touches first.
+/// Whether a feature is one of an open surface's border alone.
+bool isOnBorder(const CxTriangleNE& t, unsigned edges) noexcept {
+    for (int i = 0; i < 3; ++i)
+        if ((edges & 1U << i) != 0 && t.mMateNormalCos[i] != kCxNoMate)
+            return false;
+    return edges != 0;
+}
+
+/// The edge or corner of the triangle that a plane square to a direction touches first; the face it
+/// touches only along the normal.
 unsigned featureTowards(const CxTriangleNE& t, const lsVec3& direction) noexcept {
     int top = 0;
     for (int k = 1; k < 3; ++k)
         if (direction.dot(t.mVertex[k] - t.mVertex[top]) > 0)
             top = k;
     const int last = (top + 2) % 3;
-    const bool withNext =
-        std::abs(direction.dot(t.mEdge[top])) <= kFeatureTilt * t.mEdge[top].norm();
-    const bool withLast =
-        std::abs(direction.dot(t.mEdge[last])) <= kFeatureTilt * t.mEdge[last].norm();
-    if (withNext && withLast && direction.dot(t.mNormal) > 0)
-        return 0;
-    if (withNext)
-        return 1U << top;
-    return withLast ? 1U << last : TriangleVertexEdges(top);
+    const KitReal leanNext = std::abs(direction.dot(t.mEdge[top])) / t.mEdge[top].norm();
+    const KitReal leanLast = std::abs(direction.dot(t.mEdge[last])) / t.mEdge[last].norm();
+    if (std::fmin(leanNext, leanLast) > kFeatureTilt)
+        return TriangleVertexEdges(top);
+    return 1U << (leanNext <= leanLast ? top : last);
 }
 
 /// Whether a feature that leans by up to kFeatureTilt admits a direction other than the face's normal:
-/// a face, or an edge that is no ridge, does not.
+/// an edge that is no ridge does not.
 bool admitsLeaning(const CxTriangleNE& t, const lsVec3& direction, unsigned edges) noexcept {
-    if (!TriangleAdmitsNormal(t, direction, edges))
+    if ((direction - t.mNormal).square_norm() <= kAdmittedTilt * kAdmittedTilt ||
+        !TriangleAdmitsNormal(t, direction, edges))
         return false;
-    if (TriangleFeatureDimension(edges) == 0)
-        return true;
-    bool isRidge = false;
-    for (int i = 0; i < 3; ++i)
-        isRidge = isRidge || ((edges & 1U << i) != 0 && (t.mMateNormalCos[i] == kCxNoMate ||
-                                                         t.mMateNormalSin[i] > kFlatMateSine));
-    return isRidge && (direction - t.mNormal).square_norm() > kAdmittedTilt * kAdmittedTilt;
+    const int i = TriangleEdgeOf(edges);
+    return TriangleFeatureDimension(edges) == 0 || t.mMateNormalCos[i] == kCxNoMate ||
+           t.mMateNormalSin[i] > kFlatMateSine;
 }
 
 /// Planes through the edges along the normal, grown a little.
@@ -136,7 +138,7 @@ bool TriangleEdgeIsSeam(const CxTriangleNE& t, int edge) noexcept {
 
 bool TriangleAdmitsNormal(const CxTriangleNE& t, const lsVec3& direction, unsigned edges) noexcept {
     const KitReal rise = direction.dot(t.mNormal);
-    if (!(rise >= -kAdmittedTilt))
+    if (!(rise >= -kAdmittedTilt) && !isOnBorder(t, edges))
         return false;
     for (int i = 0; i < 3; ++i) {
         if ((edges & 1U << i) == 0 || t.mMateNormalCos[i] == kCxNoMate)

@@ -54,7 +54,8 @@ constexpr int TriangleEdgeOf(unsigned edges) noexcept {
 }
 
 /// Whether a unit direction can be the normal of a contact at a feature: it leads out of the surface
-/// and at no edge of the feature beyond the neighbour's normal.
+/// and at no edge of the feature beyond the neighbour's normal. The border of an open surface is met
+/// from all sides.
 [[nodiscard]] bool TriangleAdmitsNormal(const CxTriangleNE& triangle, const lsVec3& direction,
                                         unsigned edges) noexcept;
 /// Whether the neighbour across an edge continues the triangle's plane: the edge is a seam, and what
@@ -113,6 +114,9 @@ int ClipPolygon(const ClipCorner* in, int count, ClipCorner* out, const ClipPlan
 /// @param corners room for count + 3
 int ClipPolygonToPrism(const CxTriangleNE& triangle, ClipCorner* corners, int count) noexcept;
 
+/// Separation up to which points over a face are contacts, from that of the deepest.
+[[nodiscard]] KitReal TriangleKeepLimit(KitReal separation, KitReal eps) noexcept;
+
 /// Axis of greatest separation of a solid that is symmetric about the origin and a triangle.
 ///
 /// Directions that the surface does not admit as normals are kept apart: they tell that the shapes
@@ -132,6 +136,10 @@ struct TriangleAxisSearch {
                KitReal advantage = 0) noexcept;
     /// Whether a much smaller overlap along a direction that is not admitted makes the axis doubtful.
     [[nodiscard]] bool isDoubtful() const noexcept;
+    /// Separation up to which points are contacts: on the face as on a plane, else all that touch.
+    [[nodiscard]] KitReal keepLimit() const noexcept {
+        return code == kFaceCode ? TriangleKeepLimit(separation, eps) : eps;
+    }
 
     static constexpr int kFaceCode = -1;
     const CxTriangleNE& triangle;
@@ -142,9 +150,6 @@ struct TriangleAxisSearch {
     unsigned edges = 0;                 ///< the triangle's feature along the normal
     KitReal anySeparation = -kKitInfinity;
 };
-
-/// Separation up to which points of a contact are kept.
-[[nodiscard]] KitReal TriangleKeepLimit(KitReal separation, KitReal eps) noexcept;
 
 // Each answers whether solid and triangle touch within eps and writes the contacts, unless `out` is
 // null: then it only answers.
