@@ -29,7 +29,8 @@ constexpr int kRequestIDs = 6;
 HyBridge::HyBridge(HyMaterialTable* materialTable, CxSpace* space, DynWorld* world,
                    int contactBufferSize)
     : mMaterialTable(materialTable), mSpace(space), mWorld(world), mResponseTable(kResponseIDs),
-      mContactBufferSize(std::max(1, contactBufferSize)) {
+      mContactBufferSize(std::max(1, contactBufferSize)),
+      mTriangleLists(std::make_unique<TriangleLists>(this)) {
     setPartPartResponseRequestMaxIndex(kRequestIDs - 1);
     fillRequestTable();
 }

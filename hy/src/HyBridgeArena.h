@@ -1,10 +1,13 @@
 #pragma once
 #include <Col/ColContact.h>
 #include <Col/ColIntersectResult.h>
+#include <Col/ColTriangleList.h>
 #include <Hy/HyBridge.h>
+#include <Hy/HyTriListMemProvider.h>
 #include <Kit/KitThreadPool.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -27,7 +30,8 @@ struct HyBridge::Result {
 /// grows, and all its memory is kept for the next step.
 struct HyBridge::Arena {
     std::vector<Result> results;
-    std::vector<ColContact> buffer; ///< of the pair at hand
+    std::vector<ColContact> buffer;          ///< of the pair at hand
+    ColTriangleList* triangleList = nullptr; ///< lent to the unit while it runs
     HyReal safeTime = 0;
     int overrun = 0; ///< pairs whose buffer had to grow
 
@@ -60,6 +64,60 @@ private:
     };
     std::vector<Block> mBlocks;
     std::size_t mBlock = 0, mUsed = 0;
+};
+
+/// Lists for the triangles of generators, one for each thread that intersects; units borrow them.
+class HyBridge::TriangleLists {
+public:
+    explicit TriangleLists(const HyBridge* client) : mClient(client) { reserve(1, false); }
+    TriangleLists(const TriangleLists&) = delete;
+    TriangleLists& operator=(const TriangleLists&) = delete;
+    ~TriangleLists() { HyTriListMemProvider::instance()->unregisterClient(mClient); }
+
+    /// Before units run: lists for so many threads at once.
+    /// @param isThreaded whether the lists are to bear the number of their thread
+    void reserve(int threads, bool isThreaded) {
+        HyTriListMemProvider& provider = *HyTriListMemProvider::instance();
+        if (threads > static_cast<int>(mLists.size())) {
+            provider.unregisterClient(mClient);
+            provider.registerClient(mClient, threads,
+                                    HyTriListMemProvider::kDefaultTriangleMaxCount);
+            mLists.resize(static_cast<std::size_t>(threads));
+            for (int i = 0; i < threads; ++i)
+                mLists[static_cast<std::size_t>(i)] = provider.getTriList(mClient, i);
+            mIsLent = std::make_unique<std::atomic<bool>[]>(mLists.size());
+        }
+        for (std::size_t i = 0; i < mLists.size(); ++i)
+            mLists[i]->cacheIndex = isThreaded ? static_cast<int>(i) : -1;
+    }
+
+    /// A list for the lifetime of the loan; any thread.
+    class Loan {
+    public:
+        explicit Loan(TriangleLists& lists) : mFrom(lists) {
+            while (mIndex < lists.mLists.size() && lists.mIsLent[mIndex].exchange(true))
+                ++mIndex;
+        }
+        Loan(const Loan&) = delete;
+        Loan& operator=(const Loan&) = delete;
+        ~Loan() {
+            if (mIndex < mFrom.mLists.size())
+                mFrom.mIsLent[mIndex].store(false);
+        }
+        /// Null if more threads borrow than lists were reserved.
+        [[nodiscard]] ColTriangleList* list() const {
+            return mIndex < mFrom.mLists.size() ? mFrom.mLists[mIndex] : nullptr;
+        }
+
+    private:
+        TriangleLists& mFrom;
+        std::size_t mIndex = 0;
+    };
+
+private:
+    const HyBridge* mClient;
+    std::vector<ColTriangleList*> mLists; ///< the provider's
+    std::unique_ptr<std::atomic<bool>[]> mIsLent;
 };
 
 /// Intersects a run of pairs.

@@ -210,7 +210,11 @@ void HyBridge::handleCollisions(HyReal time) {
     }
     HyFrame* frame = HyFrame::currentInstance();
     const bool parallel = mMultiThreaded && end - first >= kParallelPairs && frame;
-    KitThreadPoolExecute(parallel ? frame->getThreadPool() : nullptr, mUnits.data(), units);
+    KitThreadPool* pool = parallel ? frame->getThreadPool() : nullptr;
+    // The stepping thread takes part.
+    mTriangleLists->reserve(pool ? static_cast<int>(pool->getThreadCount()) + 1 : 1,
+                            pool != nullptr);
+    KitThreadPoolExecute(pool, mUnits.data(), units);
     for (std::size_t unit = 0; unit < units; ++unit) {
         mSafeTime = std::min(mSafeTime, mArenas[unit]->safeTime);
         if (std::exchange(mArenas[unit]->overrun, 0) > 0)
@@ -226,6 +230,8 @@ void HyBridge::handleCollisions(HyReal time) {
 void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const {
     arena.clear();
     arena.safeTime = time;
+    const TriangleLists::Loan loan(*mTriangleLists);
+    arena.triangleList = loan.list();
     if (arena.buffer.size() < static_cast<std::size_t>(mContactBufferSize))
         arena.buffer.resize(static_cast<std::size_t>(mContactBufferSize));
     for (std::size_t i = first; i < end; ++i)
@@ -269,6 +275,7 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
         result.contacts = arena.buffer.data();
         result.contactMaxCount = static_cast<int>(arena.buffer.size());
         result.bridge = const_cast<HyBridge*>(this);
+        result.userTriangleList = arena.triangleList;
         ColPathIntersect(pair, &result, time);
         if (result.contactCount < result.contactMaxCount - 1)
             break;
@@ -291,6 +298,7 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
     if (!touches)
         return;
     kept = result;
+    kept.userTriangleList = nullptr; // lent to another unit by then
     kept.contacts = arena.store(result.contacts, result.contactCount);
     kept.contactMaxCount = result.contactCount;
 }

@@ -3,6 +3,7 @@
 #include <Col/ColComposite.h>
 #include <Col/ColFrame.h>
 #include <Col/ColModel.h>
+#include <Col/ColPrimitivePrimitiveDistance.h>
 #include <Col/ColPrimitives.h>
 #include <Col/ColRequest.h>
 #include <Col/ColSimplify.h>
@@ -47,9 +48,12 @@ void HyCollisionDetection_INCREF() {
     ColPrimitivesRegisterTypes();
     ColCompositeRegisterType();
     ColCompositeGenericRegisterInteractions();
-    ColCompositeGenericRegisterDistance();
     ColCompositeLineSegmentRegisterInteraction();
     ColPrimitivesRegisterInteractions();
+    ColCapsulePrimitiveRegisterInteraction();
+    ColPrimitivePrimitiveRegisterApproximateDistance();
+    ColPrimitivePrimitiveRegisterDistance();
+    ColCompositeGenericRegisterDistance();
     ColHost host;
     host.isPairEnabled = isPairEnabled;
     host.partPartRequest = partPartRequest;

@@ -17,6 +17,7 @@
 #include <Hy/HyPart.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HySafeWalk.h>
+#include <Hy/HyTriListMemProvider.h>
 #include <Hy/HyUniverse.h>
 
 #include <vector>
@@ -180,6 +181,7 @@ CGTestEnum HyBridge::detectCollisions(HyCollisionGeometry* geometry, HyReal time
             continue;
         ColIntersectResult result;
         result.bridge = this;
+        result.userTriangleList = HyTriListMemProvider::instance()->getDefaultTriList();
         intersect(pair, root, asked, time, buffer, result);
         if (result.touch == 0)
             continue;

@@ -3,15 +3,25 @@
 #include <Col/ColIntersectResult.h>
 #include <Col/ColModel.h>
 #include <Col/ColModelPair.h>
+#include <Col/ColTriangleList.h>
 #include <Hy/HyCollisionContact.h>
 #include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyTriListMemProvider.h>
 
 #include <vector>
 
 namespace Hy {
 
-/// A result with a room for contacts of its own.
+/// A result with a room for contacts and for the triangles of generators, both its own.
 struct HyIntersectResult::Owned {
+    Owned() {
+        result.userTriangleList =
+            HyTriListMemProvider::createTriList(HyTriListMemProvider::kDefaultTriangleMaxCount);
+    }
+    Owned(const Owned&) = delete;
+    Owned& operator=(const Owned&) = delete;
+    ~Owned() { HyTriListMemProvider::destroyTriList(result.userTriangleList); }
+
     ColIntersectResult result;
     ColModelPair pair;
     std::vector<ColContact> contacts;
@@ -35,6 +45,8 @@ void HyIntersectResult::reset() {
     mIntersectResult->data = nullptr;
     mIntersectResult->pair = nullptr;
     mIntersectResult->safeTime = 0;
+    if (mIntersectResult->userTriangleList)
+        ColTriangleListClear(mIntersectResult->userTriangleList);
 }
 
 void HyIntersectResult::keepPair(const ColModelPair& pair) {

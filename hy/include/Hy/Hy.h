@@ -66,6 +66,7 @@
 #include <Hy/HyTimer.h>
 #include <Hy/HyTireModelParams.h>
 #include <Hy/HyTransform.h>
+#include <Hy/HyTriListMemProvider.h>
 #include <Hy/HyUniversal.h>
 #include <Hy/HyUniverse.h>
 #include <Hy/HyUniverseObserver.h>

@@ -127,6 +127,7 @@ public:
 private:
     struct Result;
     class WorkUnit;
+    class TriangleLists;
     struct Arena;
 
     void fillRequestTable();
@@ -158,6 +159,7 @@ private:
     int mContactBufferSize;
     std::vector<std::unique_ptr<Arena>> mArenas; ///< one a work unit
     std::vector<WorkUnit> mUnits;
+    std::unique_ptr<TriangleLists> mTriangleLists; ///< one a thread
     HyReal mAccIntersectSubscriberTime = 0;
     HyReal mSafeTime = 0;
     int mNumInactiveEntityPairSubscribers = 0;
