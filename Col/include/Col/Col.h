@@ -20,4 +20,6 @@
 #include <Col/ColScratch.h>
 #include <Col/ColSimplify.h>
 #include <Col/ColSpace.h>
+#include <Col/ColTriangleList.h>
 #include <Col/ColuRequestTable.h>
+#include <Col/CxTriangleNE.h>

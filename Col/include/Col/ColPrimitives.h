@@ -7,11 +7,11 @@ HY_API void ColPrimitivesRegisterTypes();
 /// after their types.
 ///
 /// Some pairs tell only whether they touch, and never have contacts: a cone
-/// with a box, a cone or a cylinder. A cone and a capsule, and two planes, are
-/// not served.
+/// with a box, a cone or a cylinder. A cone and a capsule, two planes, two lists
+/// of triangles, and such a list with a plane or a cone are not served.
 HY_API void ColPrimitivesRegisterInteractions();
 /// Registers the contact generators of capsules with capsules, spheres, boxes,
-/// cylinders and planes.
+/// cylinders, planes and lists of triangles.
 HY_API void ColCapsulePrimitiveRegisterInteraction();
 /// Sets what applications start from: a contact tolerance of 1 mm for new
 /// models, contacts nearer than 1 mm count as one, and a default request of the

@@ -54,24 +54,6 @@ lsVec3 endTowards(const CylinderShape& cylinder, const lsVec3& direction) noexce
     return cylinder.centre + side * cylinder.halfHeight * cylinder.axis;
 }
 
-/// Normal of a rim, seen along `view`, at its point nearest to another line along `view`. Seen so,
-/// the rim is an ellipse, and the normal is perpendicular to the view.
-/// @return false if the rim is seen edge-on
-bool rimNormalSeenAlong(const lsVec3& view, const lsVec3& rimCentre, const CylinderShape& cylinder,
-                        const lsVec3& linePoint, lsVec3* normal) noexcept {
-    const KitReal cosine = std::abs(view.dot(cylinder.axis));
-    lsVec3 major = view.cross(cylinder.axis);
-    if (cosine < kEdgeOnCosine)
-        return false;
-    if (!(major.normalize() > kParallelSine))
-        major = AnyPerpendicular(view);
-    const lsVec3 minor = view.cross(major), offset = linePoint - rimCentre;
-    const lsVec3 flat = EllipseNormalTowards(cylinder.radius, cylinder.radius * cosine,
-                                             offset.dot(major), offset.dot(minor));
-    *normal = flat[0] * major + flat[1] * minor;
-    return normal->normalize() > 0;
-}
-
 /// A test of a box and a cylinder.
 struct BoxCylinderTest {
     bool testFlat(AxisSearch* search) const noexcept;
@@ -135,7 +117,7 @@ bool BoxCylinderTest::testRims(AxisSearch* search) const noexcept {
         const lsVec3 rimCentre = endTowards(cylinder, isSquare ? towardsBox : normal);
         for (int i = 0; i < 3; ++i) {
             lsVec3 direction;
-            if (rimNormalSeenAlong(unitAxis(i), rimCentre, cylinder, corner, &direction) &&
+            if (RimNormalSeenAlong(unitAxis(i), rimCentre, cylinder, corner, &direction) &&
                 !offerCurved(search, direction, kOverlapSideRim))
                 return false;
         }
@@ -188,7 +170,7 @@ bool CylinderCylinderTest::testRimSides(AxisSearch* search) const noexcept {
         for (const KitReal end : {1.0, -1.0}) {
             const lsVec3 rimCentre = rim.centre + end * rim.halfHeight * rim.axis;
             lsVec3 direction;
-            if (rimNormalSeenAlong(side.axis, rimCentre, rim, side.centre, &direction) &&
+            if (RimNormalSeenAlong(side.axis, rimCentre, rim, side.centre, &direction) &&
                 !offer(search, direction, code, advantage))
                 return false;
         }
@@ -316,6 +298,21 @@ lsVec3 CylinderShape::farthest(const lsVec3& direction) const noexcept {
     if (!(radial.normalize() > kMinDirectionLength))
         radial = lsVec3();
     return centre + (cosine < 0 ? -halfHeight : halfHeight) * axis + radius * radial;
+}
+
+bool RimNormalSeenAlong(const lsVec3& view, const lsVec3& rimCentre, const CylinderShape& cylinder,
+                        const lsVec3& linePoint, lsVec3* normal) noexcept {
+    const KitReal cosine = std::abs(view.dot(cylinder.axis));
+    lsVec3 major = view.cross(cylinder.axis);
+    if (cosine < kEdgeOnCosine)
+        return false;
+    if (!(major.normalize() > kParallelSine))
+        major = AnyPerpendicular(view);
+    const lsVec3 minor = view.cross(major), offset = linePoint - rimCentre;
+    const lsVec3 flat = EllipseNormalTowards(cylinder.radius, cylinder.radius * cosine,
+                                             offset.dot(major), offset.dot(minor));
+    *normal = flat[0] * major + flat[1] * minor;
+    return normal->normalize() > 0;
 }
 
 // Eberly, "Distance from a Point to an Ellipse", 2013: the foot is (a^2 x / (t + a^2), b^2 y / (t +

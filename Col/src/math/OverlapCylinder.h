@@ -34,6 +34,12 @@ struct CylinderShape {
 /// @return a unit vector; z is 0
 [[nodiscard]] lsVec3 EllipseNormalTowards(KitReal a, KitReal b, KitReal x, KitReal y) noexcept;
 
+/// Normal of a rim, seen along `view`, at its point nearest to another line along `view`. Seen so,
+/// the rim is an ellipse, and the normal is perpendicular to the view.
+/// @return false if the rim is seen edge-on
+bool RimNormalSeenAlong(const lsVec3& view, const lsVec3& rimCentre, const CylinderShape& cylinder,
+                        const lsVec3& linePoint, lsVec3* normal) noexcept;
+
 /// Separating-axis test of a box about the origin and a cylinder: the faces, the end, the edges and
 /// corners against the side, then edges and corners against the rims.
 /// @return false once an axis separates them by more than eps

@@ -72,3 +72,17 @@ int ColConeDisjointIntersect(ColModelPair* pair, ColIntersectResult* result);
 void ColConeBoxRegisterInteraction();
 void ColConeConeRegisterInteraction();
 void ColConeCylinderRegisterInteraction();
+
+// With the triangles of a list near the solid.
+
+int ColSphereTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result);
+void ColSphereTriangleListRegisterInteraction();
+
+int ColBoxTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result);
+void ColBoxTriangleListRegisterInteraction();
+
+int ColCylinderTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result);
+void ColCylinderTriangleListRegisterInteraction();
+
+int ColCapsuleTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result);
+void ColCapsuleTriangleListRegisterInteraction();

@@ -9,6 +9,7 @@
 #include <Col/ColRequest.h>
 #include <Col/ColSimplify.h>
 #include <Col/ColSphere.h>
+#include <Col/ColTriangleList.h>
 
 #include "ColPrimitivePairs.h"
 
@@ -19,6 +20,7 @@ void ColPrimitivesRegisterTypes() {
     ColCylinderRegisterType();
     ColConeRegisterType();
     ColCapsuleRegisterType();
+    ColTriangleListRegisterType();
 }
 
 void ColPrimitivesRegisterInteractions() {
@@ -36,6 +38,9 @@ void ColPrimitivesRegisterInteractions() {
     ColCylinderSphereRegisterInteraction();
     ColCylinderCylinderRegisterInteraction();
     ColConeCylinderRegisterInteraction();
+    ColSphereTriangleListRegisterInteraction();
+    ColBoxTriangleListRegisterInteraction();
+    ColCylinderTriangleListRegisterInteraction();
 }
 
 void ColCapsulePrimitiveRegisterInteraction() {
@@ -44,6 +49,7 @@ void ColCapsulePrimitiveRegisterInteraction() {
     ColCapsulePlaneRegisterInteraction();
     ColBoxCapsuleRegisterInteraction();
     ColCylinderCapsuleRegisterInteraction();
+    ColCapsuleTriangleListRegisterInteraction();
 }
 
 void ColPrimitivesSetDefaults() {

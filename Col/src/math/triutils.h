@@ -1,0 +1,164 @@
+#pragma once
+#include <Col/ColIntersectResult.h>
+#include <Col/CxTriangleNE.h>
+#include <Kit/KitTypes.h>
+#include <Kit/lsTransform.h>
+#include <Kit/lsVec3.h>
+
+#include "Segments.h"
+
+// Kernels of one triangle and one solid. The triangle is given in the frame of the solid, which lies
+// about its origin (cylinders and capsules along z); normals point from the triangle to the solid,
+// which is model1. A direction is a contact's normal only where the surface around the triangle lets
+// it be: along the face, or at an edge between the normals of the two faces there.
+
+/// Contacts that one triangle can give at most.
+constexpr int kMaxContactsOfTriangle = 32;
+
+/// Where the kernels of one pair write.
+struct TriangleContacts {
+    /// Drops a contact beyond the room.
+    /// @param position on the solid
+    void add(const CxTriangleNE& triangle, const lsVec3& position, const lsVec3& normal,
+             KitReal separation, int dims) noexcept;
+    /// Drops the doubtful contacts that no other confirms. Comes before the contacts are reduced.
+    void settle() noexcept;
+
+    ColIntersectResult* result; ///< its normal sums those of the contacts
+    lsTransform solid;          ///< frame of the solid, world
+    /// What is added now is doubtful: the triangle is met much less deep in a direction that only its
+    /// neighbours can have as normal. It counts if another triangle of its plane is met for certain.
+    bool isDoubtful = false;
+    bool hasDoubtful = false;
+};
+
+/// Dims of a contact: the solid's feature in the low byte, the triangle's in the high.
+constexpr int TriangleDims(int solidFeature, int triangleFeature) noexcept {
+    return triangleFeature << 8 | solidFeature;
+}
+
+// Edges of a triangle as bits, by which features are named: none for the face, edge i is bit i, and a
+// vertex the bits of the two edges that meet there.
+
+constexpr unsigned TriangleVertexEdges(int vertex) noexcept {
+    return 1U << vertex | 1U << (vertex + 2) % 3;
+}
+/// Dimension of a feature: 2 face, 1 edge, 0 vertex.
+constexpr int TriangleFeatureDimension(unsigned edges) noexcept {
+    return edges == 0 ? 2 : (edges & (edges - 1)) == 0 ? 1 : 0;
+}
+
+/// Number of the edge of a feature that is one.
+constexpr int TriangleEdgeOf(unsigned edges) noexcept {
+    return edges == 1 ? 0 : edges == 2 ? 1 : 2;
+}
+
+/// Whether a unit direction can be the normal of a contact at a feature: it leads out of the surface
+/// and at no edge of the feature beyond the neighbour's normal. The border of an open surface is met
+/// from all sides.
+[[nodiscard]] bool TriangleAdmitsNormal(const CxTriangleNE& triangle, const lsVec3& direction,
+                                        unsigned edges) noexcept;
+/// Whether the neighbour across an edge continues the triangle's plane: the edge is a seam, and what
+/// it cuts off continues there.
+[[nodiscard]] bool TriangleEdgeIsSeam(const CxTriangleNE& triangle, int edge) noexcept;
+/// Height of a point over the triangle's plane, m.
+[[nodiscard]] inline KitReal TriangleHeight(const CxTriangleNE& t, const lsVec3& point) noexcept {
+    return t.mNormal.dot(point - t.mVertex[0]);
+}
+/// Whether a triangle lies clear of a box.
+[[nodiscard]] bool QuickDisjointAABBTri(const CxTriangleNE& triangle, const lsVec3& minCorner,
+                                        const lsVec3& maxCorner) noexcept;
+
+/// Point of a triangle nearest to another point.
+struct TrianglePoint {
+    lsVec3 position;
+    unsigned edges = 0; ///< feature on which it lies
+};
+[[nodiscard]] TrianglePoint ClosestPointOnTriangle(const CxTriangleNE& triangle,
+                                                   const lsVec3& point) noexcept;
+
+/// Nearest points of a triangle and a segment.
+struct TriangleSegmentPoints {
+    KitReal distance = kKitInfinity; ///< m, 0 where the segment pierces the triangle
+    KitReal t = 0;                   ///< parameter on the segment
+    TrianglePoint onTriangle;
+};
+[[nodiscard]] TriangleSegmentPoints ClosestPointsOfTriangle(const CxTriangleNE& triangle,
+                                                            const Segment& segment) noexcept;
+
+/// Part of a segment over or under a triangle, between the planes through its edges along its normal.
+struct TrianglePrismRange {
+    KitReal low = -1, high = 1;
+    int lowEdge = -1, highEdge = -1; ///< edges that clip the ends, -1 for an end of the segment
+    [[nodiscard]] bool isEmpty() const noexcept { return !(low <= high); }
+};
+[[nodiscard]] TrianglePrismRange ClipSegmentToPrism(const CxTriangleNE& triangle,
+                                                    const Segment& segment) noexcept;
+
+/// Corner of a polygon that is clipped.
+struct ClipCorner {
+    lsVec3 position;
+    bool isOnSeam = false; ///< made by a clip at a seam between triangles of one plane
+};
+/// Which half space bounds a polygon: normal . p <= limit.
+struct ClipPlane {
+    lsVec3 normal;
+    KitReal limit = 0;
+    bool isSeam = false;
+};
+/// Clips a convex polygon by a plane; a clip adds at most one corner.
+/// @param out room for count + 1
+/// @return corners left
+int ClipPolygon(const ClipCorner* in, int count, ClipCorner* out, const ClipPlane& plane) noexcept;
+/// Clips a convex polygon to what lies over or under the triangle.
+/// @param corners room for count + 3
+int ClipPolygonToPrism(const CxTriangleNE& triangle, ClipCorner* corners, int count) noexcept;
+
+/// Separation up to which points over a face are contacts, from that of the deepest.
+[[nodiscard]] KitReal TriangleKeepLimit(KitReal separation, KitReal eps) noexcept;
+
+/// Axis of greatest separation of a solid that is symmetric about the origin and a triangle.
+///
+/// Directions that the surface does not admit as normals are kept apart: they tell that the shapes
+/// are disjoint, and how small the overlap really is where only neighbours can tell its normal.
+struct TriangleAxisSearch {
+    TriangleAxisSearch(const CxTriangleNE& t, KitReal tolerance) noexcept
+        : triangle(t), eps(tolerance) {}
+
+    /// The triangle's plane; the solid must reach it and come from above.
+    /// @param extent half width of the solid along the triangle's normal
+    bool offerFace(KitReal extent) noexcept;
+    /// A unit direction of either sense.
+    /// @param slack separation beyond which the direction makes the shapes disjoint, m
+    /// @param advantage by which it must beat what was offered before, m
+    /// @return false if it makes them disjoint
+    bool offer(const lsVec3& direction, KitReal extent, int code, KitReal slack,
+               KitReal advantage = 0) noexcept;
+    /// Whether a much smaller overlap along a direction that is not admitted makes the axis doubtful.
+    [[nodiscard]] bool isDoubtful() const noexcept;
+    /// Separation up to which points are contacts: on the face as on a plane, else all that touch.
+    [[nodiscard]] KitReal keepLimit() const noexcept {
+        return code == kFaceCode ? TriangleKeepLimit(separation, eps) : eps;
+    }
+
+    static constexpr int kFaceCode = -1;
+    const CxTriangleNE& triangle;
+    KitReal eps;
+    KitReal separation = -kKitInfinity; ///< along the normal, m
+    lsVec3 normal;                      ///< unit, from the triangle to the solid
+    int code = kFaceCode;               ///< of the direction
+    unsigned edges = 0;                 ///< the triangle's feature along the normal
+    KitReal anySeparation = -kKitInfinity;
+};
+
+// Each answers whether solid and triangle touch within eps and writes the contacts, unless `out` is
+// null: then it only answers.
+
+int SphereCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle, KitReal radius,
+                                KitReal eps) noexcept;
+int CapsuleCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle,
+                                 KitReal radius, KitReal halfHeight, KitReal eps) noexcept;
+int BoxCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle,
+                             const lsVec3& radii, KitReal eps) noexcept;
+int CylinderCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle,
+                                  KitReal radius, KitReal halfHeight, KitReal eps) noexcept;
