@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iostream>
+#include <random>
 #include <vector>
 
 namespace Hy {
@@ -153,6 +156,54 @@ TEST(HyCommandLineTest, EatsWhatExistsAlone) {
     EXPECT_STREQ(a.line[2], "");
     EXPECT_NE(messages.take(), "");
     EXPECT_EQ(HyCommandLine(3, static_cast<const char**>(nullptr)).count(), 0);
+}
+
+// Whatever stands in a line, no more is removed than was read, and the rest keeps its order.
+TEST(HyCommandLineTest, SurvivesAnyArguments) {
+    const unsigned seed = std::random_device()();
+    std::cout << "seed " << seed << '\n';
+    std::mt19937 random(seed);
+    const char* const words[] = {"-n", "-s", "-v", "0", "0.0", "1e999", "nan", "", "-", "-1", "x"};
+    MessageCapture messages;
+    for (int i = 0; i < 20000; ++i) {
+        std::vector<const char*> texts;
+        for (auto n = random() % 8; n > 0; --n)
+            texts.push_back(words[random() % std::size(words)]);
+        Arguments a(texts);
+        const auto eat = [&] { return random() % 2 == 0; };
+        for (int call = 0; call < 4; ++call) {
+            const int before = a.line.count();
+            HyReal v[2];
+            const char* const name = words[random() % 3];
+            int most = 2;
+            switch (random() % 5) {
+            case 0:
+                a.line.getInt(name, eat());
+                break;
+            case 1:
+                a.line.getHyReal(name, eat());
+                break;
+            case 2:
+                a.line.getString(name, eat());
+                break;
+            case 3:
+                most = 3;
+                a.line.getHyRealArray(name, v, 2, eat());
+                break;
+            default:
+                most = 1;
+                a.line.checkFor(name, eat());
+            }
+            ASSERT_LE(a.line.count(), before) << a.rest();
+            ASSERT_GE(a.line.count(), before - most) << a.rest();
+            auto place = texts.begin();
+            for (int k = 0; k < a.line.count(); ++k, ++place) {
+                place = std::find(place, texts.end(), a.line[k]);
+                ASSERT_NE(place, texts.end()) << a.rest();
+            }
+        }
+        messages.take();
+    }
 }
 
 TEST(HyCommandLineTest, PrintsItsHelp) {

@@ -16,6 +16,7 @@
 #include <Hy/HyCollisionGeometryState.h>
 #include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyCollisionRule.h>
+#include <Hy/HyCommandLine.h>
 #include <Hy/HyCompositeCollisionGeometry.h>
 #include <Hy/HyConeConstraint.h>
 #include <Hy/HyConstraint.h>
@@ -25,6 +26,7 @@
 #include <Hy/HyConstraintFrictionDirectionSub.h>
 #include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
+#include <Hy/HyConsumerPart.h>
 #include <Hy/HyContactMaterial.h>
 #include <Hy/HyContactProperties.h>
 #include <Hy/HyCylinder.h>
@@ -34,6 +36,7 @@
 #include <Hy/HyDoubleHinge.h>
 #include <Hy/HyDynamicsContact.h>
 #include <Hy/HyDynamicsContactInput.h>
+#include <Hy/HyFilesystem.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyFrameLock.h>
 #include <Hy/HyFrameStepperOption.h>
@@ -49,6 +52,7 @@
 #include <Hy/HyLinear1.h>
 #include <Hy/HyLinear2.h>
 #include <Hy/HyLinear3.h>
+#include <Hy/HyMappingPartID.h>
 #include <Hy/HyMassProperties.h>
 #include <Hy/HyMaterial.h>
 #include <Hy/HyMaterialTable.h>
@@ -59,10 +63,12 @@
 #include <Hy/HyPlane.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HyPrismatic.h>
+#include <Hy/HyProducerPart.h>
 #include <Hy/HyResponse.h>
 #include <Hy/HySolverParameters.h>
 #include <Hy/HySphere.h>
 #include <Hy/HyThreadPool.h>
+#include <Hy/HyTimeline.h>
 #include <Hy/HyTimer.h>
 #include <Hy/HyTireModelParams.h>
 #include <Hy/HyTransform.h>

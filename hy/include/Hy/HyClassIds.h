@@ -94,5 +94,7 @@ constexpr int kConstraintCoordinateClassId = 1003;
 constexpr int kHyMaterialBaseClassId = 1004;
 constexpr int kHyMaterialClassId = 1005;
 constexpr int kHyContactMaterialClassId = 1006;
+constexpr int kHyProducerPartClassId = 1007;
+constexpr int kHyPluginStepperClassId = 1008;
 
 } // namespace Hy
