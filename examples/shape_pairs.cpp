@@ -1,5 +1,5 @@
-// Contacts of every pair of primitives, one resting 2 mm deep in the other: where they are, how deep,
-// and whether the depth is that of the rest. Given the name of a file, it draws them as SVG, seen from
+// Contacts of every pair of primitives, and of a plane cut into triangles, one resting 2 mm deep in the
+// other: where they are, how deep, and whether the depth is that of the rest. Given the name of a file, it draws them as SVG, seen from
 // the side (x to the right, z up), contacts in red with their normals.
 #include <Col/ColBox.h>
 #include <Col/ColCapsule.h>
@@ -10,7 +10,9 @@
 #include <Col/ColPlane.h>
 #include <Col/ColPrimitives.h>
 #include <Col/ColSphere.h>
+#include <Col/ColTriangleList.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <vector>
@@ -25,13 +27,27 @@ struct Shape {
     double lower; // m from the centre to the lowest point
 };
 
+// The plane z = 0 around the origin, cut into triangles of half a metre.
+ColTriangleList* makeTriangles() {
+    ColTriangleList* list = ColTriangleListCreate(32);
+    for (int i = -2; i < 2; ++i)
+        for (int j = -2; j < 2; ++j) {
+            const lsVec3 a(0.5 * i, 0.5 * j, 0), b(0.5 * i + 0.5, 0.5 * j, 0);
+            const lsVec3 c(0.5 * i + 0.5, 0.5 * j + 0.5, 0), d(0.5 * i, 0.5 * j + 0.5, 0);
+            ColTriangleListAddTriangle(list, a, b, c, 8 * i + 2 * j);
+            ColTriangleListAddTriangle(list, a, c, d, 8 * i + 2 * j + 1);
+        }
+    ColTriangleListBuild(list);
+    return list;
+}
+
 // Outline of a shape seen along y, as a polygon of its farthest points; a plane is its edge.
 void drawOutline(std::FILE* svg, const Shape& shape, const lsTransform& tm) {
     std::fprintf(svg, "<polygon fill='#9bd8' stroke='#357' stroke-width='.01' points='");
     for (int i = 0; i < 90; ++i) {
         const double angle = 2 * M_PI * (i + 0.5) / 90;
         lsVec3 p;
-        if (shape.geometry->mID == kColPlane)
+        if (shape.geometry->mID == kColPlane || shape.geometry->mID == kColTriangleList)
             p = lsVec3(i % 4 == 1 || i % 4 == 2 ? 1 : -1, 0, i % 4 < 2 ? 0 : -0.5);
         else
             ColGeometryMaximumPoint(shape.geometry, &tm,
@@ -103,6 +119,7 @@ int main(int argc, char** argv) {
     ColPrimitivesSetDefaults();
     const std::vector<Shape> shapes = {
         {"plane", ColPlaneCreate(), 0},
+        {"mesh", makeTriangles(), 0},
         {"sphere", ColSphereCreate(0.5), 0.5},
         {"box", ColBoxCreate(1.2, 0.8, 0.6), 0.3},
         {"cylinder", ColCylinderCreate(0.5, 0.8), 0.4},
@@ -111,10 +128,10 @@ int main(int argc, char** argv) {
     };
     std::FILE* svg = argc > 1 ? std::fopen(argv[1], "w") : nullptr;
     if (svg)
-        std::fprintf(svg, "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 19 13'>\n");
+        std::fprintf(svg, "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 19 16'>\n");
     int place = 0;
     for (std::size_t i = 0; i < shapes.size(); ++i)
-        for (std::size_t k = i == 0 ? 1 : i; k < shapes.size(); ++k)
+        for (std::size_t k = std::max<std::size_t>(i, 2); k < shapes.size(); ++k)
             showPair(shapes[i], shapes[k], svg, place++);
     if (svg) {
         std::fprintf(svg, "</svg>\n");

@@ -116,9 +116,29 @@ void findBoxRange(CapsuleOverlap* out, const lsVec3& radii, const Segment& segme
     }
 }
 
-/// Point of a segment nearest to a cylinder. The distance is convex along the segment, so its slope
-/// is bracketed and halved, by secants where they halve faster.
-KitReal closestPointToCylinder(const Segment& segment, KitReal radius,
+void findCylinderRange(CapsuleOverlap* out, KitReal radius, KitReal halfHeight,
+                       const Segment& segment) noexcept {
+    const lsVec3& n = out->normal;
+    const lsVec3 direction = directionOf(segment);
+    const bool onEnd = std::hypot(n[0], n[1]) < kAlongSine;
+    const bool onSide =
+        std::abs(n[2]) < kAlongSine && std::hypot(direction[0], direction[1]) < kBesideSine;
+    if (!onEnd && !onSide)
+        return;
+    KitReal t0 = -1, t1 = 1;
+    const KitReal reach = onEnd ? radius * (1 + kClipSlack) : 1e6 * (radius + halfHeight);
+    const KitReal height = onEnd ? 1e6 * (radius + halfHeight) : halfHeight * (1 + kClipSlack);
+    if (SegmentCylinderIntersectWithOutput(segment, reach, height, &t0, &t1)) {
+        out->low = t0;
+        out->high = t1;
+    }
+}
+
+} // namespace
+
+// The distance is convex along the segment, so its slope is bracketed and halved, by secants where they
+// halve faster.
+KitReal ClosestPointToCylinder(const Segment& segment, KitReal radius,
                                KitReal halfHeight) noexcept {
     constexpr int kMaxSteps = 100;
     constexpr KitReal kTolerance = 1e-13;
@@ -149,26 +169,6 @@ KitReal closestPointToCylinder(const Segment& segment, KitReal radius,
     return 0.5 * (low + high);
 }
 
-void findCylinderRange(CapsuleOverlap* out, KitReal radius, KitReal halfHeight,
-                       const Segment& segment) noexcept {
-    const lsVec3& n = out->normal;
-    const lsVec3 direction = directionOf(segment);
-    const bool onEnd = std::hypot(n[0], n[1]) < kAlongSine;
-    const bool onSide =
-        std::abs(n[2]) < kAlongSine && std::hypot(direction[0], direction[1]) < kBesideSine;
-    if (!onEnd && !onSide)
-        return;
-    KitReal t0 = -1, t1 = 1;
-    const KitReal reach = onEnd ? radius * (1 + kClipSlack) : 1e6 * (radius + halfHeight);
-    const KitReal height = onEnd ? 1e6 * (radius + halfHeight) : halfHeight * (1 + kClipSlack);
-    if (SegmentCylinderIntersectWithOutput(segment, reach, height, &t0, &t1)) {
-        out->low = t0;
-        out->high = t1;
-    }
-}
-
-} // namespace
-
 bool OverlapOBBCap(CapsuleOverlap* out, KitReal eps, const lsVec3& radii, const Segment& segment,
                    KitReal radius) noexcept {
     *out = CapsuleOverlap{};
@@ -196,7 +196,7 @@ bool OverlapOBBCap(CapsuleOverlap* out, KitReal eps, const lsVec3& radii, const 
 bool OverlapCylCap(CapsuleOverlap* out, KitReal eps, KitReal cylinderRadius, KitReal halfHeight,
                    const Segment& segment, KitReal radius) noexcept {
     *out = CapsuleOverlap{};
-    out->nearest = closestPointToCylinder(segment, cylinderRadius, halfHeight);
+    out->nearest = ClosestPointToCylinder(segment, cylinderRadius, halfHeight);
     const SurfacePoint surface =
         cylinderSurfacePointDist(cylinderRadius, halfHeight, segment.at(out->nearest));
     KitReal separation = surface.distance;

@@ -19,6 +19,10 @@ struct CapsuleOverlap {
     KitReal low = 0, high = 0; ///< part of the segment that runs along the solid; a point if equal
 };
 
+/// Parameter of the point of a segment nearest to a cylinder about the origin, axis along z.
+[[nodiscard]] KitReal ClosestPointToCylinder(const Segment& segment, KitReal radius,
+                                             KitReal halfHeight) noexcept;
+
 /// A box against a capsule. All tests answer false beyond eps.
 /// @param segment the capsule's, frame of the box
 bool OverlapOBBCap(CapsuleOverlap* out, KitReal eps, const lsVec3& radii, const Segment& segment,
