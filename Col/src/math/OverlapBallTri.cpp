@@ -87,7 +87,7 @@ bool CapsuleTriangleTest::run() noexcept {
     const TriangleSegmentPoints nearest = ClosestPointsOfTriangle(triangle, segment);
     if (!(nearest.distance <= radius + eps))
         return false;
-    range = ClipSegmentToPrism(triangle, segment);
+    range = TrianglePrism(triangle).clip(segment);
     if (!range.isEmpty())
         offerFace();
     if (nearest.distance > kMinDirectionLength)

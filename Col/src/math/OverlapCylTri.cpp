@@ -22,7 +22,7 @@ constexpr KitReal kStandingSquare = 0.999999, kLyingSquare = 1e-6;
 /// A cylinder about the origin, along z.
 struct CylinderTriangleTest {
     /// Separating-axis test: the face, the ends, the side against edges and corners, the rims against
-    /// ridges and corners.
+    /// ridges and corners. For contacts, hidden edges are left out, which give no normals.
     bool OverlapCylTri(TriangleAxisSearch* search) const noexcept;
     bool testSide(TriangleAxisSearch* search) const noexcept;
     bool testRims(TriangleAxisSearch* search) const noexcept;
@@ -31,7 +31,15 @@ struct CylinderTriangleTest {
                              kCurvedAdvantage * (cylinder.radius + cylinder.halfHeight));
     }
 
+    [[nodiscard]] bool isAsked(const TriangleAxisSearch& search, int edge) const noexcept {
+        return !(forContacts && search.isHidden(edge));
+    }
+    [[nodiscard]] bool isCornerAsked(const TriangleAxisSearch& search, int corner) const noexcept {
+        return isAsked(search, corner) || isAsked(search, (corner + 2) % 3);
+    }
+
     const CylinderShape& cylinder;
+    bool forContacts;
 };
 
 bool CylinderTriangleTest::OverlapCylTri(TriangleAxisSearch* search) const noexcept {
@@ -44,32 +52,31 @@ bool CylinderTriangleTest::testSide(TriangleAxisSearch* search) const noexcept {
     const CxTriangleNE& t = search->triangle;
     for (int i = 0; i < 3; ++i) {
         lsVec3 cross = t.mEdge[i].cross(cylinder.axis);
-        if (cross.normalize() > kParallelSine * t.mEdge[i].norm() && !offer(search, cross, kSide))
+        if (isAsked(*search, i) && cross.normalize() > kParallelSine * t.mEdge[i].norm() &&
+            !offer(search, cross, kSide))
             return false;
         lsVec3 radial(t.mVertex[i][0], t.mVertex[i][1], 0);
-        if (radial.normalize() > kMinDirectionLength && !offer(search, radial, kSide))
+        if (isCornerAsked(*search, i) && radial.normalize() > kMinDirectionLength &&
+            !offer(search, radial, kSide))
             return false;
     }
     return true;
 }
 
-// Rims are met by ridges and borders alone: no other edge admits their normals.
 bool CylinderTriangleTest::testRims(TriangleAxisSearch* search) const noexcept {
     const CxTriangleNE& t = search->triangle;
-    for (const KitReal end : {-1.0, 1.0}) {
-        const lsVec3 rim = end * cylinder.halfHeight * cylinder.axis;
-        for (int i = 0; i < 3; ++i) {
-            lsVec3 radial(t.mVertex[i][0], t.mVertex[i][1], 0);
-            if (radial.normalize() > kMinDirectionLength) {
-                lsVec3 direction = t.mVertex[i] - rim - cylinder.radius * radial;
-                if (direction.normalize() > kMinDirectionLength && !offer(search, direction, kRim))
-                    return false;
-            }
-            const bool isHidden =
-                t.mMateNormalCos[i] != kCxNoMate && !(t.mMateNormalSin[i] > kParallelSine);
-            lsVec3 view = t.mEdge[i], direction;
-            view.normalize();
-            if (!isHidden && RimNormalSeenAlong(view, rim, cylinder, t.mVertex[i], &direction) &&
+    for (int i = 0; i < 3; ++i) {
+        lsVec3 radial(t.mVertex[i][0], t.mVertex[i][1], 0), view = t.mEdge[i];
+        const bool corner = isCornerAsked(*search, i) && radial.normalize() > kMinDirectionLength;
+        view.normalize();
+        for (const KitReal end : {-1.0, 1.0}) {
+            const lsVec3 rim = end * cylinder.halfHeight * cylinder.axis;
+            lsVec3 direction = t.mVertex[i] - rim - cylinder.radius * radial;
+            if (corner && direction.normalize() > kMinDirectionLength &&
+                !offer(search, direction, kRim))
+                return false;
+            if (isAsked(*search, i) &&
+                RimNormalSeenAlong(view, rim, cylinder, t.mVertex[i], &direction) &&
                 !offer(search, direction, kRim))
                 return false;
         }
@@ -115,24 +122,25 @@ struct CylinderTriangleWriter {
 // The lowest side line and the lower end's diameters, so far as they lie over the triangle, and where
 // ridges and borders enter the cylinder.
 void CylinderTriangleWriter::writeOnFace() const noexcept {
+    const TrianglePrism prism(search.triangle);
     lsVec3 perp, para;
     CylPerpAndPara(&perp, &para, cylinder, -search.normal, lsVec3());
     const lsVec3 up = cylinder.halfHeight * cylinder.axis;
     const lsVec3 end = search.normal[2] > 0 ? -up : up;
     const lsVec3 u = cylinder.radius * perp, v = cylinder.radius * para;
     for (const Segment& wire : {Segment{end, u}, Segment{end, v}, Segment{u, up}}) {
-        const TrianglePrismRange range = ClipSegmentToPrism(search.triangle, wire);
+        const TrianglePrismRange range = prism.clip(wire);
         if (range.isEmpty())
             continue;
         const auto addEnd = [&](KitReal t, int clip) {
-            if (clip < 0 || !TriangleEdgeIsSeam(search.triangle, clip))
+            if (!prism.isSeam(clip))
                 add(wire.at(t), TriangleHeight(search.triangle, wire.at(t)));
         };
         addEnd(range.low, range.lowEdge);
         addEnd(range.high, range.highEdge);
     }
     for (int i = 0; i < 3; ++i) {
-        if (TriangleEdgeIsSeam(search.triangle, i))
+        if (prism.isSeam(i))
             continue;
         AddTriCylSegmentPoints(i, [this](const lsVec3& point) {
             KitReal above = -kKitInfinity, below = 0;
@@ -215,13 +223,15 @@ int CylinderCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& t, 
                                  .radius = radius,
                                  .halfHeight = halfHeight};
     TriangleAxisSearch search(t, eps);
-    if (!CylinderTriangleTest{cylinder}.OverlapCylTri(&search))
+    if (!CylinderTriangleTest{cylinder, out != nullptr}.OverlapCylTri(&search))
         return 0;
     if (!out)
         return 1;
     if (t.mNormal.dot(t.mVertex[0]) > 0) // from below
         return 0;
     out->isDoubtful = search.isDoubtful();
+    if (!out->isDoubtful && search.code == TriangleAxisSearch::kFaceCode)
+        out->confirm(t);
     const int before = out->result->contactCount;
     CylinderTriangleWriter{.out = out, .search = search, .cylinder = cylinder}.write();
     out->isDoubtful = false;

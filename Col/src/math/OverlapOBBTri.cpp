@@ -21,7 +21,9 @@ KitReal boxExtent(const lsVec3& radii, const lsVec3& n) noexcept {
 /// Separating-axis test of a box about the origin and a triangle: the triangle's face, the faces of
 /// the box, the crossed edges; of equal separations the first stays (Akenine-Moeller, "Fast 3D
 /// Triangle-Box Overlap Testing", 2001).
-bool OverlapOBBTri(TriangleAxisSearch* search, const lsVec3& radii) noexcept {
+/// @param forContacts leaves out hidden edges, which give no normals: then shapes that only they tell
+/// apart may pass, and get no contacts
+bool OverlapOBBTri(TriangleAxisSearch* search, const lsVec3& radii, bool forContacts) noexcept {
     const CxTriangleNE& t = search->triangle;
     if (!search->offerFace(boxExtent(radii, t.mNormal)))
         return false;
@@ -32,8 +34,10 @@ bool OverlapOBBTri(TriangleAxisSearch* search, const lsVec3& radii) noexcept {
             return false;
     }
     const KitReal slack = std::sqrt(10.0) * search->eps;
-    for (int i = 0; i < 3; ++i)
-        for (int j = 0; j < 3; ++j) {
+    for (int j = 0; j < 3; ++j) {
+        if (forContacts && search->isHidden(j))
+            continue;
+        for (int i = 0; i < 3; ++i) {
             const int u = (i + 1) % 3, v = (i + 2) % 3;
             lsVec3 axis;
             axis[u] = -t.mEdge[j][v];
@@ -45,6 +49,7 @@ bool OverlapOBBTri(TriangleAxisSearch* search, const lsVec3& radii) noexcept {
             if (!search->offer(axis, boxExtent(radii, axis), kFirstCross + 3 * i + j, slack))
                 return false;
         }
+    }
     return true;
 }
 
@@ -64,8 +69,8 @@ private:
             out->add(search.triangle, onBox, search.normal, separation,
                      TriangleDims(boxFeature, TriangleFeatureDimension(search.edges)));
     }
-    void addFace(int axis) const noexcept;
-    void addEdges() const noexcept;
+    void addFace(int axis, const TrianglePrism& prism) const noexcept;
+    void addEdges(const TrianglePrism& prism) const noexcept;
     void addTriangleEdges() const noexcept;
 
 public:
@@ -78,15 +83,16 @@ public:
 void BoxTriangleWriter::writeOnFace() const noexcept {
     const lsVec3& n = search.normal;
     const int k = n.iLargest();
+    const TrianglePrism prism(search.triangle);
     if (std::abs(n[k]) >= kIncidentCosine) {
-        addFace(k);
+        addFace(k, prism);
     } else {
-        addEdges();
+        addEdges(prism);
         addTriangleEdges();
     }
 }
 
-void BoxTriangleWriter::addFace(int axis) const noexcept {
+void BoxTriangleWriter::addFace(int axis, const TrianglePrism& prism) const noexcept {
     const int u = (axis + 1) % 3, v = (axis + 2) % 3;
     ClipCorner corners[8];
     for (int i = 0; i < 4; ++i) {
@@ -94,14 +100,14 @@ void BoxTriangleWriter::addFace(int axis) const noexcept {
         corners[i].position[u] = i == 0 || i == 3 ? -radii[u] : radii[u];
         corners[i].position[v] = i < 2 ? -radii[v] : radii[v];
     }
-    const int count = ClipPolygonToPrism(search.triangle, corners, 4);
+    const int count = prism.clip(corners, 4);
     for (int i = 0; i < count; ++i)
         if (!corners[i].isOnSeam)
             add(corners[i].position, TriangleHeight(search.triangle, corners[i].position),
                 flatAxes);
 }
 
-void BoxTriangleWriter::addEdges() const noexcept {
+void BoxTriangleWriter::addEdges(const TrianglePrism& prism) const noexcept {
     for (int axis = 0; axis < 3; ++axis) {
         const int u = (axis + 1) % 3, v = (axis + 2) % 3;
         for (int i = 0; i < 4; ++i) {
@@ -109,12 +115,12 @@ void BoxTriangleWriter::addEdges() const noexcept {
             edge.half[axis] = radii[axis];
             edge.centre[u] = i & 1 ? radii[u] : -radii[u];
             edge.centre[v] = i & 2 ? radii[v] : -radii[v];
-            const TrianglePrismRange range = ClipSegmentToPrism(search.triangle, edge);
+            const TrianglePrismRange range = prism.clip(edge);
             if (range.isEmpty())
                 continue;
             // Each corner ends three edges: the last axis alone names it.
             const auto addEnd = [&](KitReal end, int clip) {
-                if (clip < 0 ? axis == 2 : !TriangleEdgeIsSeam(search.triangle, clip))
+                if (clip < 0 ? axis == 2 : !prism.isSeam(clip))
                     add(edge.at(end), TriangleHeight(search.triangle, edge.at(end)), flatAxes);
             };
             addEnd(range.low, range.lowEdge);
@@ -194,13 +200,15 @@ void BoxTriIntersect(TriangleContacts* out, const TriangleAxisSearch& search,
 int BoxCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& t, const lsVec3& radii,
                              KitReal eps) noexcept {
     TriangleAxisSearch search(t, eps);
-    if (!OverlapOBBTri(&search, radii))
+    if (!OverlapOBBTri(&search, radii, out != nullptr))
         return 0;
     if (!out)
         return 1;
     if (t.mNormal.dot(t.mVertex[0]) > 0) // from below
         return 0;
     out->isDoubtful = search.isDoubtful();
+    if (!out->isDoubtful && search.code == TriangleAxisSearch::kFaceCode)
+        out->confirm(t);
     const int before = out->result->contactCount;
     BoxTriIntersect(out, search, radii);
     out->isDoubtful = false;

@@ -73,16 +73,6 @@ bool admitsLeaning(const CxTriangleNE& t, const lsVec3& direction, unsigned edge
            t.mMateNormalSin[i] > kFlatMateSine;
 }
 
-/// Planes through the edges along the normal, grown a little.
-void prismPlanes(const CxTriangleNE& t, ClipPlane (&planes)[3]) noexcept {
-    for (int i = 0; i < 3; ++i) {
-        planes[i].normal = t.mEdge[i].cross(t.mNormal);
-        planes[i].limit =
-            planes[i].normal.dot(t.mVertex[i]) + kClipSlack * t.mEdge[i].square_norm();
-        planes[i].isSeam = TriangleEdgeIsSeam(t, i);
-    }
-}
-
 } // namespace
 
 void TriangleContacts::add(const CxTriangleNE& triangle, const lsVec3& position,
@@ -102,34 +92,42 @@ void TriangleContacts::add(const CxTriangleNE& triangle, const lsVec3& position,
     hasDoubtful = hasDoubtful || isDoubtful;
 }
 
+bool TriangleContacts::Plane::isPlaneOf(const lsVec3& n, KitReal height) const noexcept {
+    return std::abs(offset - height) < kSamePlane && (normal - n).square_norm() < kSameNormalSquare;
+}
+
+void TriangleContacts::confirm(const CxTriangleNE& triangle) noexcept {
+    const lsVec3& n = triangle.mNormal;
+    const KitReal offset = n.dot(triangle.mVertex[0]);
+    const int latest = mPlaneCount - 1;
+    if (latest >= 0 && mPlanes[latest % kMaxPlanes].isPlaneOf(n, offset))
+        return;
+    mPlanes[mPlaneCount++ % kMaxPlanes] = {n, offset};
+}
+
 void TriangleContacts::settle() noexcept {
     if (!hasDoubtful)
         return;
-    ColContact *first = result->contacts, *end = first + result->contactCount;
-    const auto isUnconfirmed = [first, end](const ColContact& c) {
-        return c.internalData != nullptr && std::none_of(first, end, [&c](const ColContact& o) {
-                   const lsVec3 way = o.position - c.position;
-                   return o.internalData == nullptr &&
-                          (o.normal - c.normal).square_norm() < kSameNormalSquare &&
-                          std::abs(c.normal.dot(way) - o.separation + c.separation) < kSamePlane;
-               });
-    };
-    // What confirms others stays in place until all have been looked at: the certain go first.
-    std::stable_partition(first, end, [](const ColContact& c) { return !c.internalData; });
-    ColContact* kept = first;
-    for (ColContact* c = first; c != end; ++c) {
-        if (isUnconfirmed(*c)) {
-            result->normal -= c->normal;
-            continue;
+    hasDoubtful = false;
+    const Plane* const planes = mPlanes;
+    const Plane* const end = planes + std::min(mPlaneCount, kMaxPlanes);
+    int kept = 0;
+    for (int i = 0; i < result->contactCount; ++i) {
+        ColContact& c = result->contacts[i];
+        if (c.internalData != nullptr) {
+            const lsVec3 n = solid.inverseTransformWithoutTranslate(c.normal);
+            const KitReal offset = n.dot(solid.inverseTransform(c.position)) - c.separation;
+            if (std::none_of(planes, end, [&](const Plane& p) { return p.isPlaneOf(n, offset); })) {
+                result->normal -= c.normal;
+                continue;
+            }
+            c.internalData = nullptr;
         }
-        if (kept != c)
-            *kept = *c;
+        if (kept != i)
+            result->contacts[kept] = c;
         ++kept;
     }
-    for (ColContact* c = first; c != kept; ++c)
-        c->internalData = nullptr;
-    result->contactCount = static_cast<int>(kept - first);
-    hasDoubtful = false;
+    result->contactCount = kept;
 }
 
 bool TriangleEdgeIsSeam(const CxTriangleNE& t, int edge) noexcept {
@@ -216,27 +214,6 @@ TriangleSegmentPoints ClosestPointsOfTriangle(const CxTriangleNE& t,
     return best;
 }
 
-TrianglePrismRange ClipSegmentToPrism(const CxTriangleNE& t, const Segment& segment) noexcept {
-    ClipPlane planes[3];
-    prismPlanes(t, planes);
-    TrianglePrismRange range;
-    for (int i = 0; i < 3; ++i) {
-        const KitReal room = planes[i].limit - planes[i].normal.dot(segment.centre);
-        const KitReal slope = planes[i].normal.dot(segment.half);
-        if (std::abs(slope) <= kClipSlack * t.mEdge[i].square_norm()) {
-            if (room < 0)
-                range.high = -kKitInfinity;
-        } else if (slope > 0 && room < range.high * slope) {
-            range.high = room / slope;
-            range.highEdge = i;
-        } else if (slope < 0 && room < range.low * slope) {
-            range.low = room / slope;
-            range.lowEdge = i;
-        }
-    }
-    return range;
-}
-
 int ClipPolygon(const ClipCorner* in, int count, ClipCorner* out, const ClipPlane& plane) noexcept {
     int kept = 0;
     for (int i = 0; i < count; ++i) {
@@ -251,19 +228,57 @@ int ClipPolygon(const ClipCorner* in, int count, ClipCorner* out, const ClipPlan
     return kept;
 }
 
+TrianglePrism::TrianglePrism(const CxTriangleNE& t) noexcept {
+    for (int i = 0; i < 3; ++i) {
+        mPlanes[i].normal = t.mEdge[i].cross(t.mNormal);
+        mParallel[i] = kClipSlack * t.mEdge[i].square_norm();
+        mPlanes[i].limit = mPlanes[i].normal.dot(t.mVertex[i]) + mParallel[i];
+        mPlanes[i].isSeam = TriangleEdgeIsSeam(t, i);
+        mIsInner = mIsInner && mPlanes[i].isSeam;
+    }
+}
+
+TrianglePrismRange TrianglePrism::clip(const Segment& segment) const noexcept {
+    TrianglePrismRange range;
+    for (int i = 0; i < 3; ++i) {
+        const KitReal room = mPlanes[i].limit - mPlanes[i].normal.dot(segment.centre);
+        const KitReal slope = mPlanes[i].normal.dot(segment.half);
+        if (std::abs(slope) <= mParallel[i]) {
+            if (room < 0)
+                range.high = -kKitInfinity;
+        } else if (slope > 0 && room < range.high * slope) {
+            range.high = room / slope;
+            range.highEdge = i;
+        } else if (slope < 0 && room < range.low * slope) {
+            range.low = room / slope;
+            range.lowEdge = i;
+        }
+    }
+    return range;
+}
+
 // Seams first: where a border meets a seam the corner is the border's.
-int ClipPolygonToPrism(const CxTriangleNE& t, ClipCorner* corners, int count) noexcept {
-    ClipPlane planes[3];
-    prismPlanes(t, planes);
+int TrianglePrism::clip(ClipCorner* corners, int count) const noexcept {
+    if (mIsInner)
+        return static_cast<int>(std::remove_if(corners, corners + count,
+                                               [this](const ClipCorner& corner) {
+                                                   return !contains(corner.position);
+                                               }) -
+                                corners);
     ClipCorner clipped[12];
     for (const bool seams : {true, false})
-        for (const ClipPlane& plane : planes) {
+        for (const ClipPlane& plane : mPlanes) {
             if (plane.isSeam != seams)
                 continue;
             count = ClipPolygon(corners, count, clipped, plane);
             std::copy_n(clipped, count, corners);
         }
     return count;
+}
+
+bool TriangleAxisSearch::isHidden(int edge) const noexcept {
+    return triangle.mMateNormalCos[edge] != kCxNoMate &&
+           !(triangle.mMateNormalSin[edge] > kFlatMateSine);
 }
 
 bool TriangleAxisSearch::offerFace(KitReal extent) noexcept {

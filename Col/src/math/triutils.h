@@ -17,6 +17,9 @@ constexpr int kMaxContactsOfTriangle = 32;
 
 /// Where the kernels of one pair write.
 struct TriangleContacts {
+    TriangleContacts(ColIntersectResult* target, const lsTransform& frame) noexcept
+        : result(target), solid(frame) {}
+
     /// Drops a contact beyond the room.
     /// @param position on the solid
     void add(const CxTriangleNE& triangle, const lsVec3& position, const lsVec3& normal,
@@ -30,6 +33,19 @@ struct TriangleContacts {
     /// neighbours can have as normal. It counts if another triangle of its plane is met for certain.
     bool isDoubtful = false;
     bool hasDoubtful = false;
+
+    /// Tells that a triangle is met on its face for certain.
+    void confirm(const CxTriangleNE& triangle) noexcept;
+
+private:
+    struct Plane {
+        lsVec3 normal;
+        KitReal offset;
+        [[nodiscard]] bool isPlaneOf(const lsVec3& n, KitReal height) const noexcept;
+    };
+    static constexpr int kMaxPlanes = 16;
+    Plane mPlanes[kMaxPlanes]; ///< of triangles met for certain, the latest; frame of the solid
+    int mPlaneCount = 0;
 };
 
 /// Dims of a contact: the solid's feature in the low byte, the triangle's in the high.
@@ -86,15 +102,6 @@ struct TriangleSegmentPoints {
 [[nodiscard]] TriangleSegmentPoints ClosestPointsOfTriangle(const CxTriangleNE& triangle,
                                                             const Segment& segment) noexcept;
 
-/// Part of a segment over or under a triangle, between the planes through its edges along its normal.
-struct TrianglePrismRange {
-    KitReal low = -1, high = 1;
-    int lowEdge = -1, highEdge = -1; ///< edges that clip the ends, -1 for an end of the segment
-    [[nodiscard]] bool isEmpty() const noexcept { return !(low <= high); }
-};
-[[nodiscard]] TrianglePrismRange ClipSegmentToPrism(const CxTriangleNE& triangle,
-                                                    const Segment& segment) noexcept;
-
 /// Corner of a polygon that is clipped.
 struct ClipCorner {
     lsVec3 position;
@@ -110,9 +117,37 @@ struct ClipPlane {
 /// @param out room for count + 1
 /// @return corners left
 int ClipPolygon(const ClipCorner* in, int count, ClipCorner* out, const ClipPlane& plane) noexcept;
-/// Clips a convex polygon to what lies over or under the triangle.
-/// @param corners room for count + 3
-int ClipPolygonToPrism(const CxTriangleNE& triangle, ClipCorner* corners, int count) noexcept;
+/// Part of a segment between the planes through a triangle's edges along its normal.
+struct TrianglePrismRange {
+    KitReal low = -1, high = 1;
+    int lowEdge = -1, highEdge = -1; ///< edges that clip the ends, -1 for an end of the segment
+    [[nodiscard]] bool isEmpty() const noexcept { return !(low <= high); }
+};
+
+/// What lies over and under a triangle, grown a little: between the planes through its edges.
+class TrianglePrism {
+public:
+    explicit TrianglePrism(const CxTriangleNE& triangle) noexcept;
+    /// Whether all edges are seams: what the edges cut off then continues in the neighbours.
+    [[nodiscard]] bool isInner() const noexcept { return mIsInner; }
+    /// Whether an edge, or -1 for none, is a seam.
+    [[nodiscard]] bool isSeam(int edge) const noexcept { return edge >= 0 && mPlanes[edge].isSeam; }
+    [[nodiscard]] bool contains(const lsVec3& point) const noexcept {
+        for (const ClipPlane& plane : mPlanes)
+            if (!(plane.normal.dot(point) <= plane.limit))
+                return false;
+        return true;
+    }
+    [[nodiscard]] TrianglePrismRange clip(const Segment& segment) const noexcept;
+    /// Clips a convex polygon; answers the corners left.
+    /// @param corners room for count + 3
+    int clip(ClipCorner* corners, int count) const noexcept;
+
+private:
+    ClipPlane mPlanes[3]; ///< normals outward, as long as the edges
+    KitReal mParallel[3]; ///< slopes up to which a segment runs along a plane
+    bool mIsInner = true;
+};
 
 /// Separation up to which points over a face are contacts, from that of the deepest.
 [[nodiscard]] KitReal TriangleKeepLimit(KitReal separation, KitReal eps) noexcept;
@@ -125,6 +160,8 @@ struct TriangleAxisSearch {
     TriangleAxisSearch(const CxTriangleNE& t, KitReal tolerance) noexcept
         : triangle(t), eps(tolerance) {}
 
+    /// Whether an edge is no ridge and no border: its neighbours tell all normals there.
+    [[nodiscard]] bool isHidden(int edge) const noexcept;
     /// The triangle's plane; the solid must reach it and come from above.
     /// @param extent half width of the solid along the triangle's normal
     bool offerFace(KitReal extent) noexcept;

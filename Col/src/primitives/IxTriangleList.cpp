@@ -54,7 +54,7 @@ IxNearTriangles::IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame,
 IxTriangleContactBuffer::IxTriangleContactBuffer(ColModelPair* pair,
                                                  const ColIntersectResult& result,
                                                  const lsTransform& solid, int size) noexcept
-    : mOut{&mWork, solid} {
+    : mOut(&mWork, solid) {
     const int reduced = kColMaxGroups * IxMaxContacts(*pair, result);
     size = std::max(size, reduced + 2 * kMaxContactsOfTriangle);
     const auto memory = mScratch.take<RawContact>(static_cast<std::size_t>(size));
