@@ -1,5 +1,7 @@
 #include "dense_kernels.h"
 
+#include <Kit/KitProcessor.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -15,10 +17,10 @@ struct Variants {
 
     Variants() noexcept {
 #if defined(__x86_64__)
-        __builtin_cpu_init();
-        if (__builtin_cpu_supports("avx512f"))
+        const KitVectorSet set = KitProcessorGetVectorSet();
+        if (set >= KitVectorSet::kAvx512)
             list[count++] = &kDynsAvx512Kernels;
-        if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
+        if (set >= KitVectorSet::kAvx2)
             list[count++] = &kDynsAvx2Kernels;
 #endif
         list[count++] = &kDynsPortableKernels;

@@ -27,6 +27,10 @@ constexpr int kOverlapFace1 = 12;
 /// box 1, those of box 2, the crossed edges; of equal separations the first stays.
 /// @param t12 box 2 in the frame of box 1
 /// @return false once an axis separates the boxes by more than eps, or sqrt(10) eps for edges; `out`
-/// then holds an axis that does, though not its dims
+/// then holds the code of one that does and the separation along it alone
 bool overlapOBBs(OverlapAxis* out, KitReal eps, const lsVec3& r1, const lsVec3& r2,
                  const lsTransform& t12) noexcept;
+
+/// Whether the axis of a code separates the boxes; if it does, overlapOBBs() answers false.
+bool OverlapAxisSeparates(int code, KitReal eps, const lsVec3& r1, const lsVec3& r2,
+                          const lsTransform& t12) noexcept;

@@ -5,6 +5,8 @@
 #include "../math/BoxBoxIntersect.h"
 #include "IxPair.h"
 
+#include <cstdint>
+
 namespace {
 
 /// Contacts where the face of one box that looks towards a face of the other lies over it.
@@ -42,6 +44,30 @@ void addEdgeContacts(IxContacts<>* contacts, const OverlapAxis& overlap, const l
     }
 }
 
+/// The axis that kept the boxes apart when they were last asked for, in m_cachedData itself. It tells
+/// only where to look first: that they are apart is proved anew, so an older one changes no answer.
+class LastAxis {
+public:
+    explicit LastAxis(ColModelPair* pair) noexcept : mPair(pair) {}
+    [[nodiscard]] bool separates(KitReal eps, const lsVec3& r1, const lsVec3& r2,
+                                 const lsTransform& t12) const noexcept {
+        const auto stored = reinterpret_cast<std::uintptr_t>(mPair->m_cachedData);
+        return stored != 0 && OverlapAxisSeparates(static_cast<int>(stored - 1), eps, r1, r2, t12);
+    }
+    void keep(int code) noexcept {
+        mPair->m_cachedData =
+            reinterpret_cast<void*>(static_cast<std::uintptr_t>(code) + 1); // 0: none
+    }
+    void forget() noexcept { mPair->m_cachedData = nullptr; }
+
+private:
+    ColModelPair* mPair;
+};
+
+void beginOrEnd(ColModelPair* pair) {
+    LastAxis(pair).forget();
+}
+
 } // namespace
 
 int ColBoxBoxIntersect(ColModelPair* pair, ColIntersectResult* result) {
@@ -49,9 +75,15 @@ int ColBoxBoxIntersect(ColModelPair* pair, ColIntersectResult* result) {
     const lsVec3& r1 = IxGeometry<ColBox>(pair->model1).mR;
     const lsVec3& r2 = IxGeometry<ColBox>(pair->model2).mR;
     const lsTransform t12 = IxRelative(frame.tm2, frame.tm1);
-    OverlapAxis overlap;
-    if (!overlapOBBs(&overlap, frame.eps, r1, r2, t12))
+    LastAxis last(pair);
+    if (last.separates(frame.eps, r1, r2, t12))
         return IxNoContact(result);
+    OverlapAxis overlap;
+    if (!overlapOBBs(&overlap, frame.eps, r1, r2, t12)) {
+        last.keep(overlap.code);
+        return IxNoContact(result);
+    }
+    last.forget();
     if (IxMaxContacts(*pair, *result) == 0)
         return IxTouchOnly(result);
 
@@ -83,7 +115,10 @@ void ColBoxBoxSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult* r
 }
 
 void ColBoxBoxRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColBox, kColBox, {.intersectFn = ColBoxBoxIntersect, .safetimeFn = ColBoxBoxSafeTime},
+    ColInteractionTableSetElement(kColBox, kColBox,
+                                  {.helloFn = beginOrEnd,
+         .goodbyeFn = beginOrEnd,
+         .intersectFn = ColBoxBoxIntersect,
+         .safetimeFn = ColBoxBoxSafeTime},
         nullptr);
 }
