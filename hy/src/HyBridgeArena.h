@@ -21,6 +21,7 @@ struct HyBridge::Result {
         kGoodbyeDisabled ///< a disabled pair that touched: end its contacts
     };
     ColModelPair* pair = nullptr; ///< null: a model has gone meanwhile
+    int place = 0;                ///< of the pair in the container
     Kind kind = kRespond;
     eIntersectEventType event = kEventCount;
     ColIntersectResult result; ///< its contacts lie in the arena
@@ -120,7 +121,7 @@ private:
     std::unique_ptr<std::atomic<bool>[]> mIsLent;
 };
 
-/// Intersects a run of pairs.
+/// Intersects a run of pairs, by their places in the order of intersection.
 class HyBridge::WorkUnit final : public KitThreadPool::WorkUnit {
 public:
     void set(const HyBridge* bridge, std::size_t first, std::size_t end, HyReal time,

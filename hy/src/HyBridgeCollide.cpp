@@ -17,6 +17,8 @@
 #include <Hy/HyUniverse.h>
 
 #include <algorithm>
+#include <array>
+#include <numeric>
 #include <utility>
 
 // One update of the bridge: goodbye, hello, intersection on the workers, responses in order.
@@ -199,13 +201,14 @@ void HyBridge::handleCollisions(HyReal time) {
     const auto first = static_cast<std::size_t>(mPairs->helloFirst);
     const auto end = static_cast<std::size_t>(mPairs->stayingEnd);
     const std::size_t units = (end - first + kPairsPerUnit - 1) / kPairsPerUnit;
+    sortByGenerators();
     while (mArenas.size() < units)
         mArenas.push_back(std::make_unique<Arena>());
     if (mUnits.size() < units)
         mUnits.resize(units);
     for (std::size_t unit = 0; unit < units; ++unit) {
         const std::size_t from = first + unit * kPairsPerUnit;
-        mUnits[unit].set(this, from, std::min(end, from + kPairsPerUnit), time,
+        mUnits[unit].set(this, from - first, std::min(end, from + kPairsPerUnit) - first, time,
                          mArenas[unit].get());
     }
     HyFrame* frame = HyFrame::currentInstance();
@@ -222,9 +225,39 @@ void HyBridge::handleCollisions(HyReal time) {
                    "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the "
                    "initial buffer size can be set using HyUniverse::setContactBufferSize.\n",
                    static_cast<int>(mArenas[unit]->buffer.size()));
-        respond(*mArenas[unit]);
     }
+    respond(units);
     handleInactivePairs();
+}
+
+// Pairs of one generator run one after another, so that it stays in the caches; they keep their order.
+// Generators are numbered as they come, and the last bucket takes all for whom there is no number.
+void HyBridge::sortByGenerators() {
+    constexpr std::size_t kBuckets = 32;
+    const auto first = static_cast<std::size_t>(mPairs->helloFirst);
+    const std::size_t count = static_cast<std::size_t>(mPairs->stayingEnd) - first;
+    std::array<ColIntersectFn, kBuckets> generators = {};
+    std::array<std::size_t, kBuckets + 1> next = {}; // of each bucket, where its next pair goes
+    mOrder.resize(count);
+    mBuckets.resize(count);
+    std::size_t used = 0, bucket = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const ColModelPair* pair = mPairs->array[first + i];
+        const ColIntersectFn generator = pair ? pair->m_intersectFn : nullptr;
+        if (used == 0 || generators[bucket] != generator) {
+            bucket = 0;
+            while (bucket < used && generators[bucket] != generator)
+                ++bucket;
+            if (bucket == used && used < kBuckets)
+                generators[used++] = generator;
+            bucket = std::min(bucket, kBuckets - 1);
+        }
+        mBuckets[i] = static_cast<std::uint8_t>(bucket);
+        ++next[bucket + 1];
+    }
+    std::partial_sum(next.begin(), next.end(), next.begin());
+    for (std::size_t i = 0; i < count; ++i)
+        mOrder[next[mBuckets[i]]++] = static_cast<int>(first + i);
 }
 
 void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const {
@@ -234,9 +267,13 @@ void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& a
     arena.triangleList = loan.list();
     if (arena.buffer.size() < static_cast<std::size_t>(mContactBufferSize))
         arena.buffer.resize(static_cast<std::size_t>(mContactBufferSize));
-    for (std::size_t i = first; i < end; ++i)
-        if (mPairs->array[i])
-            collidePair(mPairs->array[i], time, arena);
+    for (std::size_t i = first; i < end; ++i) {
+        const std::size_t before = arena.results.size();
+        if (ColModelPair* pair = mPairs->array[mOrder[i]])
+            collidePair(pair, time, arena);
+        if (arena.results.size() > before)
+            arena.results.back().place = mOrder[i];
+    }
 }
 
 // Runs on a worker: touches the pair and the arena alone.
@@ -328,20 +365,29 @@ bool HyBridge::bothRest(const ColModel* model1, const ColModel* model2) {
 
 // Responses.
 
-void HyBridge::respond(Arena& arena) {
-    for (std::size_t i = 0; i < arena.results.size(); ++i) {
-        Result& result = arena.results[i];
-        if (!result.pair)
-            continue;
-        if (result.kind == Result::kRespond) {
-            handlePairResponse(result.pair, &result.result, result.event);
-            continue;
-        }
-        const HyResponsePair& response =
-            getResponse(result.pair->mResponseID1, result.pair->mResponseID2);
-        if (response.mResponseGoodbye.valid())
-            (*response.mResponseGoodbye)(this, result.pair, mSpace, mWorld, &response);
+// In the order of the pairs, whatever that of their intersections was.
+void HyBridge::respond(std::size_t units) {
+    const auto count = static_cast<std::size_t>(mPairs->stayingEnd - mPairs->helloFirst);
+    mWaiting.assign(count, nullptr);
+    for (std::size_t unit = 0; unit < units; ++unit)
+        for (Result& result : mArenas[unit]->results)
+            mWaiting[static_cast<std::size_t>(result.place - mPairs->helloFirst)] = &result;
+    for (std::size_t i = 0; i < count; ++i)
+        if (mWaiting[i])
+            respond(*mWaiting[i]);
+}
+
+void HyBridge::respond(Result& result) {
+    if (!result.pair)
+        return;
+    if (result.kind == Result::kRespond) {
+        handlePairResponse(result.pair, &result.result, result.event);
+        return;
     }
+    const HyResponsePair& response =
+        getResponse(result.pair->mResponseID1, result.pair->mResponseID2);
+    if (response.mResponseGoodbye.valid())
+        (*response.mResponseGoodbye)(this, result.pair, mSpace, mWorld, &response);
 }
 
 void HyBridge::handlePairResponse(ColModelPair* pair, ColIntersectResult* result,

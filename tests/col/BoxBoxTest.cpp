@@ -1,5 +1,5 @@
+#include "../../Col/src/math/BoxAxes.h"
 #include "PairFixture.h"
-#include "math/BoxAxes.h"
 #include "support/HeapCounter.h"
 
 #include <algorithm>

@@ -4,6 +4,8 @@
 #include <Hy/HyResponse.h>
 #include <Hy/HySymmetricTable.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -142,7 +144,9 @@ private:
                                           bool sensorSensor, bool sensorPart,
                                           bool acceptNonDynamic) const;
     [[nodiscard]] static bool bothRest(const ColModel* model1, const ColModel* model2);
-    void respond(Arena& arena);
+    void sortByGenerators();
+    void respond(std::size_t units);
+    void respond(Result& result);
     void handlePairResponse(ColModelPair* pair, ColIntersectResult* result,
                             eIntersectEventType event);
     void sayGoodbye(ColModelPair* pair);
@@ -159,6 +163,9 @@ private:
     int mContactBufferSize;
     std::vector<std::unique_ptr<Arena>> mArenas; ///< one a work unit
     std::vector<WorkUnit> mUnits;
+    std::vector<int> mOrder; ///< places of the pairs at hand, in the order of their intersection
+    std::vector<std::uint8_t> mBuckets;
+    std::vector<Result*> mWaiting;                 ///< by place of the pair
     std::unique_ptr<TriangleLists> mTriangleLists; ///< one a thread
     HyReal mAccIntersectSubscriberTime = 0;
     HyReal mSafeTime = 0;
