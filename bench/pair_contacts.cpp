@@ -11,14 +11,12 @@
 #include <Col/ColSphere.h>
 #include <Col/ColTriangleList.h>
 
-#include <array>
+#include "PairPoses.h"
+
 #include <benchmark/benchmark.h>
-#include <cmath>
 #include <string>
 
 namespace {
-
-constexpr int kPoses = 64;
 
 struct Shape {
     const char* name;
@@ -50,17 +48,9 @@ KitReal trianglesNear(const Shape& ground) {
 /// A model over another, turned a little more about the upright in each pose.
 void intersectPoses(benchmark::State& state, const Shape& below, const Shape& above,
                     KitReal separation) {
-    // Round shapes touch where their centres are above each other.
     const int id = below.geometry->mID;
-    const KitReal shift = id == kColSphere || id == kColCapsule ? 0 : 0.004; // m a pose
-    std::array<lsTransform, kPoses> poses;
-    for (int i = 0; i < kPoses; ++i) {
-        lsTransform& tm = poses[static_cast<std::size_t>(i)];
-        tm.row[0][0] = tm.row[1][1] = std::cos(0.1 * i);
-        tm.row[0][1] = std::sin(0.1 * i);
-        tm.row[1][0] = -tm.row[0][1];
-        tm.t() = lsVec3(shift * i, 10 * shift, below.lower + above.lower + separation);
-    }
+    const bool isRound = id == kColSphere || id == kColCapsule;
+    const auto poses = PairPoses(below.lower + above.lower + separation, isRound);
     lsTransform ground, moving;
     ColModel *model1 = ColModelCreate(below.geometry), *model2 = ColModelCreate(above.geometry);
     ColModelSetTransformPtr(model1, &ground);
@@ -111,12 +101,8 @@ int main(int argc, char** argv) {
         {&coarse, &capsule}, {&coarse, &cylinder},   {&fine, &sphere},      {&fine, &box},
         {&fine, &capsule},   {&fine, &cylinder},
     };
-    struct Gap {
-        const char* name;
-        KitReal separation; ///< m
-    };
     for (const auto& pair : pairs)
-        for (const Gap& gap : {Gap{"apart", 0.1}, Gap{"touching", -0.001}, Gap{"deep", -0.2}})
+        for (const PairGap& gap : kPairGaps)
             benchmark::RegisterBenchmark(
                 (std::string(pair[0]->name) + "_" + pair[1]->name + "/" + gap.name).c_str(),
                 [&, gap](benchmark::State& state) {
