@@ -484,7 +484,7 @@ TEST_F(TriangleListTest, FirstTouchOfRoughGroundIsFound) {
     constexpr KitReal kLowered = 0.003; // m
     const lsVec3 radii(0.3, 0.5, 0.4);
     for (int solid = 0; solid < 4; ++solid)
-        for (int round = 0; round < 60; ++round) {
+        for (int round = 0; round < 20; ++round) {
             const KitReal rough = round % 2 ? 0.1 : 0.4;
             ColTriangleList* list = makeGround(round % 3 == 0 ? 10 : 30, 4, random,
                                                [&](KitReal, KitReal) { return uniform(0, rough); });
