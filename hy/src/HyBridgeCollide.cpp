@@ -36,10 +36,6 @@ bool isSensor(const ColModel* model) {
     return model->mResponseID == HyUniverse::kResponseSensor;
 }
 
-const DynBody* rootOf(const ColModel* model) {
-    return model->mBody ? model->mBody->rootParent : nullptr;
-}
-
 // A subscriber may have chosen a friction model that the rows do not know.
 void resolveFriction(DynContact* contact) {
     for (; contact; contact = contact->nextContact) {
@@ -141,10 +137,14 @@ void HyBridge::sayGoodbye(ColModelPair* pair) {
         empty.pair = pair;
         notify(pair, &empty, kEventDisjoint);
     }
+    sayResponseGoodbye(pair);
+    ColGoodbye(pair);
+}
+
+void HyBridge::sayResponseGoodbye(ColModelPair* pair) {
     const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
     if (response.mResponseGoodbye.valid())
         (*response.mResponseGoodbye)(this, pair, mSpace, mWorld, &response);
-    ColGoodbye(pair);
 }
 
 void HyBridge::modelRemoved(ColModel* model) {
@@ -163,6 +163,7 @@ void HyBridge::modelRemoved(ColModel* model) {
             for (Result& result : arena->results)
                 if (isOf(result.pair))
                     result.pair = nullptr;
+        dropResultsOf(model); // another pair of the two bodies may speak for this one
     }
     // The model's pairs stand last in the list, behind those that earlier removals have ended. A
     // subscriber may remove another model meanwhile, which lengthens the list.
@@ -178,14 +179,22 @@ void HyBridge::modelRemoved(ColModel* model) {
 
 // The pair is that of the composite and goes on; what it touches comes again in the next step.
 void HyBridge::childModelRemoved(const ColModel* model) {
-    if (!mUpdating)
-        return;
+    if (mUpdating)
+        dropResultsOf(model);
+}
+
+void HyBridge::dropResultsOf(const ColModel* model) {
+    const auto isOf = [model](const ColModel* each) {
+        while (each && each != model)
+            each = each->mParent;
+        return each == model;
+    };
     for (const auto& arena : mArenas)
         for (Result& waiting : arena->results) {
             ColIntersectResult& result = waiting.result;
             const bool names = std::any_of(
                 result.contacts, result.contacts + result.contactCount,
-                [model](const ColContact& c) { return c.model1 == model || c.model2 == model; });
+                [&isOf](const ColContact& c) { return isOf(c.model1) || isOf(c.model2); });
             if (!names)
                 continue;
             if (waiting.pair && waiting.event == kEventFirst)
@@ -200,16 +209,24 @@ void HyBridge::childModelRemoved(const ColModel* model) {
 void HyBridge::handleCollisions(HyReal time) {
     const auto first = static_cast<std::size_t>(mPairs->helloFirst);
     const auto end = static_cast<std::size_t>(mPairs->stayingEnd);
-    const std::size_t units = (end - first + kPairsPerUnit - 1) / kPairsPerUnit;
-    sortByGenerators();
-    while (mArenas.size() < units)
+    const std::size_t count = end - first;
+    if (mBatchPartPairContact) {
+        sortBatch();
+        mOrder.resize(count);
+        std::iota(mOrder.begin(), mOrder.end(), mPairs->helloFirst);
+    } else {
+        sortByGenerators();
+    }
+    const std::size_t mostUnits = (count + kPairsPerUnit - 1) / kPairsPerUnit;
+    while (mArenas.size() < mostUnits)
         mArenas.push_back(std::make_unique<Arena>());
-    if (mUnits.size() < units)
-        mUnits.resize(units);
-    for (std::size_t unit = 0; unit < units; ++unit) {
-        const std::size_t from = first + unit * kPairsPerUnit;
-        mUnits[unit].set(this, from - first, std::min(end, from + kPairsPerUnit) - first, time,
-                         mArenas[unit].get());
+    if (mUnits.size() < mostUnits)
+        mUnits.resize(mostUnits);
+    std::size_t units = 0;
+    for (std::size_t from = 0; from < count; ++units) {
+        const std::size_t to = unitEnd(from, count);
+        mUnits[units].set(this, from, to, time, mArenas[units].get());
+        from = to;
     }
     HyFrame* frame = HyFrame::currentInstance();
     const bool parallel = mMultiThreaded && end - first >= kParallelPairs && frame;
@@ -220,6 +237,7 @@ void HyBridge::handleCollisions(HyReal time) {
     KitThreadPoolExecute(pool, mUnits.data(), units);
     for (std::size_t unit = 0; unit < units; ++unit) {
         mSafeTime = std::min(mSafeTime, mArenas[unit]->safeTime);
+        mArenas[unit]->messages.deliver();
         if (std::exchange(mArenas[unit]->overrun, 0) > 0)
             HyInfo(0,
                    "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the "
@@ -260,19 +278,36 @@ void HyBridge::sortByGenerators() {
         mOrder[next[mBuckets[i]]++] = static_cast<int>(first + i);
 }
 
+// No unit cuts the pairs of two bodies in batch mode.
+std::size_t HyBridge::unitEnd(std::size_t from, std::size_t end) const {
+    std::size_t to = std::min(end, from + kPairsPerUnit);
+    while (mBatchPartPairContact && to < end && goesOnInBatch(to - 1))
+        ++to;
+    return to;
+}
+
 void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const {
     arena.clear();
     arena.safeTime = time;
+    const KitMessageQueue::Scope messages(arena.messages);
     const TriangleLists::Loan loan(*mTriangleLists);
     arena.triangleList = loan.list();
     if (arena.buffer.size() < static_cast<std::size_t>(mContactBufferSize))
         arena.buffer.resize(static_cast<std::size_t>(mContactBufferSize));
+    arena.merged.into.pair = nullptr;
     for (std::size_t i = first; i < end; ++i) {
         const std::size_t before = arena.results.size();
         if (ColModelPair* pair = mPairs->array[mOrder[i]])
             collidePair(pair, time, arena);
-        if (arena.results.size() > before)
+        const bool hasResult = arena.results.size() > before;
+        if (hasResult)
             arena.results.back().place = mOrder[i];
+        if (!mBatchPartPairContact)
+            continue;
+        if (hasResult)
+            mergeLast(arena);
+        if (!goesOnInBatch(i))
+            endBatchRun(arena);
     }
 }
 
@@ -292,7 +327,7 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
         model2->mTemporaryDisabledStatus != kNotTemporaryDisabled) {
         ColModelPairSetWasIntersecting(pair, false);
         if (touched)
-            add(Result::kGoodbyeDisabled, kEventCount);
+            add(Result::kEndContacts, kEventCount);
         return;
     }
     if (time != 0 && ColSpaceModelIsFrozenNoCheck(model1) && ColSpaceModelIsFrozenNoCheck(model2))
@@ -344,7 +379,7 @@ bool HyBridge::pairNeedsCollision(const ColModel* model1, const ColModel* model2
                                   bool sensorPart, bool acceptNonDynamic) const {
     if (!filtersAgree(model1, model2))
         return false;
-    const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
+    const DynBody *root1 = HyBridgeRootOf(model1), *root2 = HyBridgeRootOf(model2);
     if (root1 && root1 == root2)
         return false;
     if (isSensor(model1) || isSensor(model2))
@@ -357,7 +392,7 @@ bool HyBridge::pairNeedsCollision(const ColModel* model1, const ColModel* model2
 }
 
 bool HyBridge::bothRest(const ColModel* model1, const ColModel* model2) {
-    const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
+    const DynBody *root1 = HyBridgeRootOf(model1), *root2 = HyBridgeRootOf(model2);
     return !isSensor(model1) && !isSensor(model2) && root1 && root2 && root1 != root2 &&
            !DynBodyIsEnabled(root1) && !DynBodyIsEnabled(root2) &&
            !(DynBodyIsFrozen(root1) && DynBodyIsFrozen(root2));
@@ -365,29 +400,28 @@ bool HyBridge::bothRest(const ColModel* model1, const ColModel* model2) {
 
 // Responses.
 
-// In the order of the pairs, whatever that of their intersections was.
+// In the order of the pairs, whatever that of their intersections was. In batch mode a pair may have
+// two results, and they stand in order.
 void HyBridge::respond(std::size_t units) {
-    const auto count = static_cast<std::size_t>(mPairs->stayingEnd - mPairs->helloFirst);
-    mWaiting.assign(count, nullptr);
+    mWaiting.clear();
+    if (!mBatchPartPairContact)
+        mWaiting.resize(mOrder.size(), nullptr);
     for (std::size_t unit = 0; unit < units; ++unit)
         for (Result& result : mArenas[unit]->results)
-            mWaiting[static_cast<std::size_t>(result.place - mPairs->helloFirst)] = &result;
-    for (std::size_t i = 0; i < count; ++i)
-        if (mWaiting[i])
-            respond(*mWaiting[i]);
+            if (mBatchPartPairContact)
+                mWaiting.push_back(&result);
+            else
+                mWaiting[static_cast<std::size_t>(result.place - mPairs->helloFirst)] = &result;
+    for (Result* result : mWaiting)
+        if (result && result->pair)
+            respond(*result);
 }
 
 void HyBridge::respond(Result& result) {
-    if (!result.pair)
-        return;
-    if (result.kind == Result::kRespond) {
+    if (result.kind == Result::kRespond)
         handlePairResponse(result.pair, &result.result, result.event);
-        return;
-    }
-    const HyResponsePair& response =
-        getResponse(result.pair->mResponseID1, result.pair->mResponseID2);
-    if (response.mResponseGoodbye.valid())
-        (*response.mResponseGoodbye)(this, result.pair, mSpace, mWorld, &response);
+    else
+        sayResponseGoodbye(result.pair);
 }
 
 void HyBridge::handlePairResponse(ColModelPair* pair, ColIntersectResult* result,
@@ -437,9 +471,7 @@ void HyBridge::handleInactivePairs() {
             continue;
         }
         ColModelPairSetWasIntersecting(pair, false);
-        const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
-        if (response.mResponseGoodbye.valid())
-            (*response.mResponseGoodbye)(this, pair, mSpace, mWorld, &response);
+        sayResponseGoodbye(pair);
         if (mPairs->array[i])
             notify(pair, &empty, kEventDisjoint);
     }

@@ -289,6 +289,22 @@ bool CxTreeSpace::Update(int id, KitReal duration) {
     return true;
 }
 
+bool CxTreeSpace::GetBox(int id, lsVec3* min, lsVec3* max) const {
+    if (!ValidID(id) || !mReps[idx(id)].placed)
+        return false;
+    std::copy_n(mBoxes[idx(id)].min, 3, min->v);
+    std::copy_n(mBoxes[idx(id)].max, 3, max->v);
+    return true;
+}
+
+void CxTreeSpace::SetBox(int id, const lsVec3& min, const lsVec3& max) {
+    if (!ValidID(id) || mReps[idx(id)].parked)
+        return;
+    UpdateBegin();
+    takeBox(id, min, max);
+    touch(id);
+}
+
 // Trees
 
 void CxTreeSpace::place(int id) {

@@ -45,6 +45,8 @@ public:
     bool UpdateAll(KitReal duration) override;
     void UpdateSingle(int id, KitReal duration, bool forceUpdate) override;
     bool Update(int id, KitReal duration) override;
+    bool GetBox(int id, lsVec3* min, lsVec3* max) const override;
+    void SetBox(int id, const lsVec3& min, const lsVec3& max) override;
 
     std::span<CxPairLink* const> GetNewPairOverlapList() override { return mNew; }
     std::span<CxPairLink* const> GetPairOverlapList() override { return mActive; }

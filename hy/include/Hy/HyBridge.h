@@ -61,6 +61,8 @@ public:
     [[nodiscard]] int getResponseMaxIndex() const;
     void setResponseMaxIndex(int index);
     [[nodiscard]] bool haveSameResponseFunction(int id1, int id2) const;
+    /// Whether the pairs of two response ids carry contacts, as those of two parts do.
+    [[nodiscard]] bool makesContacts(int id1, int id2) const;
     /// A new response id that behaves as the template.
     int getNewResponseIDFromTemplateID(int templateID);
 
@@ -112,6 +114,12 @@ public:
     /// Intersects pairs on the frame's workers.
     void setMultithreaded(bool on) { mMultiThreaded = on; }
     [[nodiscard]] bool getMultithreaded() const { return mMultiThreaded; }
+    /// Merges the contacts of all pairs of the same two bodies into one result, which is simplified as
+    /// that of one pair is: for parts of many geometries. Off at first; switching it on ends the
+    /// contacts there are. Only pairs of the same two response ids merge. Not from a response or
+    /// subscriber: a warning, and nothing happens.
+    void setBatchPartPairContact(bool on);
+    [[nodiscard]] bool getBatchPartPairContact() const { return mBatchPartPairContact; }
     /// Whether pairs of two bodies that are not dynamic are intersected.
     void setAcceptNonDynamicPairCollision(bool on) { mAcceptNonDynamicPairCollision = on; }
     [[nodiscard]] bool getAcceptNonDynamicPairCollision() const {
@@ -126,8 +134,17 @@ public:
                                    HyIntersectSubscriber* subscriber) override;
     void removeAllIntersectSubscriber() override;
 
-private:
     struct Result;
+    struct Merged;
+
+private:
+    /// A pair in batch mode by the creation of its two bodies, 0 for none, and its response ids.
+    struct BatchEntry {
+        std::uint64_t high, low;
+        int highID, lowID;
+        int place; ///< in the container before
+        ColModelPair* pair;
+    };
     class WorkUnit;
     class TriangleLists;
     struct Arena;
@@ -147,9 +164,17 @@ private:
     void sortByGenerators();
     void respond(std::size_t units);
     void respond(Result& result);
+    void sortBatch();
+    [[nodiscard]] bool goesOnInBatch(std::size_t i) const;
+    static void mergeLast(Arena& arena);
+    static void endBatchRun(Arena& arena);
+    static void endContacts(ColModelPair* pair, Arena& arena);
+    [[nodiscard]] std::size_t unitEnd(std::size_t from, std::size_t end) const;
+    void dropResultsOf(const ColModel* model);
     void handlePairResponse(ColModelPair* pair, ColIntersectResult* result,
                             eIntersectEventType event);
     void sayGoodbye(ColModelPair* pair);
+    void sayResponseGoodbye(ColModelPair* pair);
     void handleInactivePairs();
     void notify(ColModelPair* pair, ColIntersectResult* result, eIntersectEventType event);
 
@@ -166,6 +191,7 @@ private:
     std::vector<int> mOrder; ///< places of the pairs at hand, in the order of their intersection
     std::vector<std::uint8_t> mBuckets;
     std::vector<Result*> mWaiting;                 ///< by place of the pair
+    std::vector<BatchEntry> mBatch;                ///< of the pairs at hand
     std::unique_ptr<TriangleLists> mTriangleLists; ///< one a thread
     HyReal mAccIntersectSubscriberTime = 0;
     HyReal mSafeTime = 0;
@@ -175,6 +201,7 @@ private:
     bool mAcceptNonDynamicPairCollision = false;
     bool mCallBackEnabled = true;
     bool mMultiThreaded = false;
+    bool mBatchPartPairContact = false;
     bool mUpdating = false;
 };
 
