@@ -173,6 +173,40 @@ TEST_F(FallingBoxes, SubscribersHearOfFirstTouchAndParting) {
     universe.removeIntersectSubscriber(0, 0, kEventDisjoint, &log);
 }
 
+/// Notes where the parts are whose touch it is told of.
+struct OrderLog : HyIntersectSubscriber {
+    std::vector<HyReal> places;
+    void notifyDisjoint(eIntersectEventType, HyIntersectResult*) override {}
+    void notifyIntersect(eIntersectEventType, HyIntersectResult* result,
+                         HyDynamicsResponseInput*) override {
+        HyPart *first = nullptr, *second = nullptr;
+        result->getEntityPair(first, second);
+        places.push_back(first->getPosition()[0] + second->getPosition()[0]);
+    }
+};
+
+// Events come in the order of the pairs: which generator serves a pair has no part in it.
+TEST_F(FallingBoxes, ShapesDoNotChangeTheOrderOfEvents) {
+    constexpr int kParts = 100; // of several units of work
+    OrderLog logs[2];
+    for (OrderLog& log : logs) {
+        std::vector<HyPart*> row;
+        for (int i = 0; i < kParts; ++i) {
+            auto* shape = &log == &logs[1] && i % 3 != 0
+                              ? static_cast<HyGeometry*>(new HySphere(0.5))
+                              : new HyBox(1, 1, 1);
+            row.push_back(add(shape, 1, HyVector3(2 * i, 0, 0.5)));
+        }
+        universe.addIntersectSubscriber(0, 0, kEventFirst, &log);
+        step(1);
+        universe.removeIntersectSubscriber(0, 0, kEventFirst, &log);
+        EXPECT_EQ(log.places.size(), static_cast<std::size_t>(kParts));
+        for (HyPart* part : row)
+            universe.destroyPart(part);
+    }
+    EXPECT_EQ(logs[0].places, logs[1].places);
+}
+
 /// Removes a part at the first parting that it hears of.
 struct Remover : HyIntersectSubscriber {
     HyUniverse* universe = nullptr;
