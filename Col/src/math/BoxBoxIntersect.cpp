@@ -15,14 +15,20 @@ struct FacePoint {
     KitReal u, v, height;
 };
 
-/// Keeps what lies on the inner side of sign c <= limit, c the member `coordinate`. A convex polygon
-/// gains at most one corner.
-int clipToSide(const FacePoint* in, int count, FacePoint* out, KitReal FacePoint::*coordinate,
-               KitReal sign, KitReal limit) noexcept {
+/// Keeps what lies on the inner side of sign c <= limit, c the coordinate. A convex polygon gains at
+/// most one corner.
+template <KitReal FacePoint::*kCoordinate>
+int clipToSide(const FacePoint* in, int count, FacePoint* out, KitReal sign,
+               KitReal limit) noexcept {
+    if (count == 0)
+        return 0;
     int kept = 0;
-    for (int i = 0; i < count; ++i) {
-        const FacePoint &a = in[i], &b = in[i + 1 < count ? i + 1 : 0];
-        const KitReal da = sign * a.*coordinate - limit, db = sign * b.*coordinate - limit;
+    const KitReal first = sign * in[0].*kCoordinate - limit;
+    KitReal da = first, db = 0;
+    for (int i = 0; i < count; ++i, da = db) {
+        const bool isLast = i + 1 == count;
+        const FacePoint &a = in[i], &b = in[isLast ? 0 : i + 1];
+        db = isLast ? first : sign * b.*kCoordinate - limit;
         if (da <= 0)
             out[kept++] = a;
         if ((da < 0 && db > 0) || (da > 0 && db < 0)) {
@@ -32,6 +38,19 @@ int clipToSide(const FacePoint* in, int count, FacePoint* out, KitReal FacePoint
         }
     }
     return kept;
+}
+
+/// Keeps what lies within the limit on both sides; mostly that is all.
+/// @param spare room for 8
+template <KitReal FacePoint::*kCoordinate>
+int clipToBothSides(FacePoint* points, int count, FacePoint* spare, KitReal limit) noexcept {
+    bool isWithin = true;
+    for (int i = 0; i < count; ++i)
+        isWithin &= std::abs(points[i].*kCoordinate) <= limit;
+    if (isWithin)
+        return count;
+    count = clipToSide<kCoordinate>(points, count, spare, 1, limit);
+    return clipToSide<kCoordinate>(spare, count, points, -1, limit);
 }
 
 } // namespace
@@ -104,12 +123,8 @@ int ClipIncidentFace(FaceClipPoint* out, const lsVec3& referenceRadii, int axis,
         corner.addMultiple(s1, side1).addMultiple(s2, side2);
         a[i] = {corner[iu], corner[iv], sign * corner[axis] - referenceRadii[axis]};
     }
-    const KitReal limitU = referenceRadii[iu] * (1 + kClipSlack);
-    const KitReal limitV = referenceRadii[iv] * (1 + kClipSlack);
-    int count = clipToSide(a, 4, b, &FacePoint::u, 1, limitU);
-    count = clipToSide(b, count, a, &FacePoint::u, -1, limitU);
-    count = clipToSide(a, count, b, &FacePoint::v, 1, limitV);
-    count = clipToSide(b, count, a, &FacePoint::v, -1, limitV);
+    int count = clipToBothSides<&FacePoint::u>(a, 4, b, referenceRadii[iu] * (1 + kClipSlack));
+    count = clipToBothSides<&FacePoint::v>(a, count, b, referenceRadii[iv] * (1 + kClipSlack));
     for (int i = 0; i < count; ++i) {
         out[i].position[iu] = a[i].u;
         out[i].position[iv] = a[i].v;
