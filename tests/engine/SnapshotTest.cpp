@@ -151,7 +151,7 @@ TEST_F(Snapshot, StepTakenBackLeavesNoTrace) {
             EXPECT_TRUE((*each)->getIntegratedDisplacement(along, across));
             slip += std::abs(along) + std::abs(across);
         }
-        EXPECT_GT(slip, 1e-6);
+        EXPECT_GT(slip, 1e-11);
         const std::vector<HyReal> values{box.getPosition()[0], box.getLinearVelocity()[0], slip};
         if (aborts) {
             EXPECT_EQ(values, reference);
