@@ -63,6 +63,8 @@
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
 #include <Hy/HyPlane.h>
+#include <Hy/HyPluginManager.h>
+#include <Hy/HyPluginStepperFactoryRegistry.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HyPrismatic.h>
 #include <Hy/HyProducerPart.h>
@@ -81,3 +83,5 @@
 #include <Hy/HyUniverseState.h>
 #include <Hy/HyVector3.h>
 #include <Hy/HyVersion.h>
+#include <Hy/IStepper.h>
+#include <Hy/LoadSharedLibrary.h>
