@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int kBalls = 5, kStepsPerSecond = 8000, kBounces = 6;
-constexpr double kMass = 0.2, kRadius = 0.03, kGap = 2e-3; // kg, m, m
+constexpr int kBalls = 5, kStepsPerSecond = 20000, kBounces = 6;
+constexpr double kMass = 0.2, kRadius = 0.03, kGap = 2e-4; // kg, m, m
 constexpr double kString = 0.5, kAngle = 0.5;              // m, rad
 constexpr double kGravity = 9.80665;                       // m/s²
 

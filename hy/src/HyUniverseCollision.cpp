@@ -124,13 +124,11 @@ void HyUniverse::disablePairsWith(HyPart* part) {
 }
 
 void HyUniverse::enableAllPairs() {
-    for (HyCollisionGeometry* geometry : mCollisionGeometries)
-        enablePairsWith(geometry);
+    ColSpaceSetAllPairsEnable(mSpace, true);
 }
 
 void HyUniverse::disableAllPairs() {
-    for (HyCollisionGeometry* geometry : mCollisionGeometries)
-        disablePairsWith(geometry);
+    ColSpaceSetAllPairsEnable(mSpace, false);
 }
 
 namespace {

@@ -1,5 +1,6 @@
 #include "EngineFixture.h"
 
+#include <cmath>
 #include <map>
 #include <random>
 
@@ -104,6 +105,60 @@ TEST_F(Snapshot, RestoresWhatIsLeft) {
     EXPECT_EQ(universe->getPartPartCollisionPairRequest(0, 0).getContactMaxCount(), 7u);
     step(30);
     EXPECT_TRUE(late.getPosition().isFinite());
+}
+
+/// Lets every solve fail once.
+struct AbortEachStep : HyFrameStepperOption::CheckSubscriber {
+    bool postUpdateForceCheck() override {
+        HyFrame::instance()->setStepAborted();
+        ++count;
+        return true;
+    }
+    int count = 0;
+};
+
+// A step that is taken back and made again in one piece is the step that was not: what a sticking
+// contact sums up counts once.
+TEST_F(Snapshot, StepTakenBackLeavesNoTrace) {
+    std::vector<HyReal> reference;
+    AbortEachStep abort;
+    for (const bool aborts : {false, true}) {
+        start(1);
+        universe->setAutoSleep(false);
+        HyMaterialTable& materials = *universe->getMaterialTable();
+        HyMaterial* rubber = materials.registerMaterial("rubber");
+        rubber->setFrictionModel(HyMaterial::kFrictionAxisLinear,
+                                 HyMaterial::kFrictionModelScaledBox);
+        rubber->setFrictionCoefficient(HyMaterial::kFrictionAxisLinear, 0.8);
+        rubber->setSlip(HyMaterial::kFrictionAxisLinear, 1e-3);
+        materials.getContactMaterial(rubber, rubber)->setIntegratedSlipDisplacementActivated(true);
+        HyPart& ground = addPart(1);
+        ground.setControl(HyPart::kControlStatic);
+        ground.addCollisionGeometry(new HyCollisionGeometry(new HyPlane, rubber));
+        HyPart& box = addPart(1);
+        box.addCollisionGeometry(new HyCollisionGeometry(new HyBox(1, 1, 1), rubber));
+        box.setPosition(HyVector3(0, 0, 0.5));
+        universe->setGravity(HyVector3(3, 0, -9));
+        frame->getStepperOption().setStepperMode(HyFrameStepperOption::kModeSafe);
+        frame->getStepperOption().setRecoverySubstepCount(1);
+        if (aborts)
+            frame->getStepperOption().getCheckSubscriberArray().push_back(&abort);
+        step(20);
+        HyReal slip = 0;
+        for (auto each = universe->dynamicsContactBegin(); each != universe->dynamicsContactEnd();
+             ++each) {
+            HyReal along = 0, across = 0;
+            EXPECT_TRUE((*each)->getIntegratedDisplacement(along, across));
+            slip += std::abs(along) + std::abs(across);
+        }
+        EXPECT_GT(slip, 1e-11);
+        const std::vector<HyReal> values{box.getPosition()[0], box.getLinearVelocity()[0], slip};
+        if (aborts) {
+            EXPECT_EQ(values, reference);
+            EXPECT_GE(abort.count, 20);
+        }
+        reference = values;
+    }
 }
 
 } // namespace

@@ -111,6 +111,8 @@ public:
     virtual bool SetPairOverlapEnabled(int id1, int id2, bool enabled) = 0;
     /// The same for every pair of the model.
     virtual void SetPairOverlapEnabled(int id, bool enabled) = 0;
+    /// The same for every pair of the models that are here; the work goes with those that are near.
+    virtual void SetAllPairOverlapEnabled(bool enabled) = 0;
     [[nodiscard]] virtual bool GetPairOverlapEnabled(int id1, int id2) const = 0;
     /// Whether the boxes overlap, enabled or not.
     [[nodiscard]] virtual bool GetPairOverlapStatus(int id1, int id2) const = 0;
