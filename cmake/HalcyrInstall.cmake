@@ -23,5 +23,5 @@ function(halcyr_install)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/halcyr.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
   install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/halcyr/examples
-    PATTERN "CMakeLists.txt" EXCLUDE)
+    REGEX "examples/CMakeLists.txt$" EXCLUDE)
 endfunction()

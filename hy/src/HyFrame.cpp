@@ -2,6 +2,7 @@
 
 #include <Hy/HyFrameStepperOption.h>
 #include <Hy/HyMessage.h>
+#include <Hy/HyPluginStepperFactoryRegistry.h>
 #include <Hy/HyThread.h>
 
 #include <cmath>
@@ -45,8 +46,11 @@ HyFrame::~HyFrame() {
 }
 
 HyFrame* HyFrame::instance() {
-    if (!theFrame)
+    if (!theFrame) {
         theFrame = new HyFrame;
+        HyPluginStepperFactoryRegistry::addToHyFrame(
+            HyPluginStepperFactoryRegistry::instance().getRegisteredFactories());
+    }
     return theFrame;
 }
 

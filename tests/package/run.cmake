@@ -1,5 +1,6 @@
 # Installs the build into a folder of its own, then builds and runs a small outside project against
-# it, once through find_package and once through pkg-config, and looks at what the library exports.
+# it, once through find_package and once through pkg-config, and a host with its plug-ins; looks at what
+# the library exports.
 #   cmake -DBUILD=<build folder> -DSOURCE=<this folder> -DWORK=<scratch> -P run.cmake
 cmake_minimum_required(VERSION 3.25)
 function(run)
@@ -19,6 +20,10 @@ separate_arguments(flags)
 execute_process(COMMAND pkg-config --modversion halcyr
   OUTPUT_VARIABLE version OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 run(${WORK}/consumer/consumer ${version})
+set(host ${WORK}/prefix/share/halcyr/examples/host_with_plugins)
+run(${CMAKE_COMMAND} -S ${host} -B ${WORK}/host -DCMAKE_PREFIX_PATH=${WORK}/prefix)
+run(${CMAKE_COMMAND} --build ${WORK}/host --parallel 2)
+run(${WORK}/host/host_with_plugins ${WORK}/host/plugins/good ${WORK}/host/plugins/bad)
 run(c++ -std=c++20 ${SOURCE}/consumer/consumer.cpp ${flags} -o ${WORK}/consumer-pc)
 cmake_path(GET pcfolder PARENT_PATH libfolder)
 set(ENV{LD_LIBRARY_PATH} ${libfolder})
@@ -39,7 +44,7 @@ set(ours 0)
 foreach(symbol IN LISTS symbols)
   if(symbol MATCHES " [TDBRVWu] (.*)$")
     set(name "${CMAKE_MATCH_1}")
-    if(name MATCHES "^(non-virtual thunk to |virtual thunk to |vtable for |typeinfo for |typeinfo name for |guard variable for )?(bool |void |int )?(Hy::|Kit|StdMemory|BaseConstraintReset|getDynConstraint|Dyn|Dyns|Dync|Col|CxSpace|gCol|gDegeneracy|ls[VT]|body_|add_non_inertial|jacobi|[a-z_]*(solver|matrix|stepper|kiro|kitreal|lcp|jacobian|mass_matrix|box|hash|keller)|vbChol|bvbCholRRT|LCPMatrix|WorldStepper|StableStepper|Malloc|Update|TetraMassProp|buildInertiaTensor|calculateCRC32)")
+    if(name MATCHES "^(non-virtual thunk to |virtual thunk to |vtable for |typeinfo for |typeinfo name for |guard variable for )?(bool |void |int )?(Hy::|Kit|StdMemory|BaseConstraintReset|getDynConstraint|Dyn|Dyns|Dync|Col|CxSpace|CxTriangle|TransformCxTriangle|gCol|gDegeneracy|ls[VT]|body_|add_non_inertial|jacobi|[a-z_]*(solver|matrix|stepper|kiro|kitreal|lcp|jacobian|mass_matrix|box|hash|keller)|vbChol|bvbCholRRT|LCPMatrix|WorldStepper|StableStepper|Malloc|Update|TetraMassProp|buildInertiaTensor|calculateCRC32)")
       math(EXPR ours "${ours} + 1")
     elseif(NOT name MATCHES "^(non-virtual thunk to |vtable for |typeinfo for |typeinfo name for |void |bool |int |unsigned |auto )?.*(std::|__gnu_cxx::)" AND NOT name MATCHES "^(_init|_fini)$")
       list(APPEND strangers "${name}")

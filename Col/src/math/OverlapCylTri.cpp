@@ -22,7 +22,7 @@ constexpr KitReal kStandingSquare = 0.999999, kLyingSquare = 1e-6;
 /// A cylinder about the origin, along z.
 struct CylinderTriangleTest {
     /// Separating-axis test: the face, the ends, the side against edges and corners, the rims against
-    /// ridges and corners. For contacts, seams are left out, which give no normals.
+    /// ridges and corners. For contacts, hidden edges are left out, which give no normals.
     bool OverlapCylTri(TriangleAxisSearch* search) const noexcept;
     bool testSide(TriangleAxisSearch* search) const noexcept;
     bool testRims(TriangleAxisSearch* search) const noexcept;
@@ -32,7 +32,7 @@ struct CylinderTriangleTest {
     }
 
     [[nodiscard]] bool isAsked(const TriangleAxisSearch& search, int edge) const noexcept {
-        return !(forContacts && TriangleEdgeIsSeam(search.triangle, edge));
+        return !(forContacts && search.isHidden(edge));
     }
     [[nodiscard]] bool isCornerAsked(const TriangleAxisSearch& search, int corner) const noexcept {
         return isAsked(search, corner) || isAsked(search, (corner + 2) % 3);

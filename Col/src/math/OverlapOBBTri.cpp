@@ -21,8 +21,8 @@ KitReal boxExtent(const lsVec3& radii, const lsVec3& n) noexcept {
 /// Separating-axis test of a box about the origin and a triangle: the triangle's face, the faces of
 /// the box, the crossed edges; of equal separations the first stays (Akenine-Moeller, "Fast 3D
 /// Triangle-Box Overlap Testing", 2001).
-/// @param forContacts leaves out seams, which give no normals: then shapes that only they tell apart may
-/// pass, and get no contacts
+/// @param forContacts leaves out hidden edges, which give no normals: then shapes that only they tell
+/// apart may pass, and get no contacts
 bool OverlapOBBTri(TriangleAxisSearch* search, const lsVec3& radii, bool forContacts) noexcept {
     const CxTriangleNE& t = search->triangle;
     if (!search->offerFace(boxExtent(radii, t.mNormal)))
@@ -35,7 +35,7 @@ bool OverlapOBBTri(TriangleAxisSearch* search, const lsVec3& radii, bool forCont
     }
     const KitReal slack = std::sqrt(10.0) * search->eps;
     for (int j = 0; j < 3; ++j) {
-        if (forContacts && TriangleEdgeIsSeam(t, j))
+        if (forContacts && search->isHidden(j))
             continue;
         for (int i = 0; i < 3; ++i) {
             const int u = (i + 1) % 3, v = (i + 2) % 3;

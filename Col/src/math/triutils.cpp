@@ -17,7 +17,7 @@ constexpr KitReal kFlatMateSine = 1e-4;
 /// not quite level is met along its length, not at a corner.
 constexpr KitReal kFeatureTilt = 0.02;
 /// How many times deeper than along any direction an overlap is doubted.
-constexpr KitReal kDoubtfulRatio = 1.1;
+constexpr KitReal kDoubtfulRatio = 4;
 /// Distance, m, and squared difference of normals within which triangles are of one plane.
 constexpr KitReal kSamePlane = 1e-6, kSameNormalSquare = 1e-8;
 /// Share of the deepest separation from which points are kept.
@@ -274,6 +274,11 @@ int TrianglePrism::clip(ClipCorner* corners, int count) const noexcept {
             std::copy_n(clipped, count, corners);
         }
     return count;
+}
+
+bool TriangleAxisSearch::isHidden(int edge) const noexcept {
+    return triangle.mMateNormalCos[edge] != kCxNoMate &&
+           !(triangle.mMateNormalSin[edge] > kFlatMateSine);
 }
 
 bool TriangleAxisSearch::offerFace(KitReal extent) noexcept {

@@ -160,6 +160,8 @@ struct TriangleAxisSearch {
     TriangleAxisSearch(const CxTriangleNE& t, KitReal tolerance) noexcept
         : triangle(t), eps(tolerance) {}
 
+    /// Whether an edge is no ridge and no border: its neighbours tell all normals there.
+    [[nodiscard]] bool isHidden(int edge) const noexcept;
     /// The triangle's plane; the solid must reach it and come from above.
     /// @param extent half width of the solid along the triangle's normal
     bool offerFace(KitReal extent) noexcept;

@@ -61,6 +61,8 @@
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
 #include <Hy/HyPlane.h>
+#include <Hy/HyPluginManager.h>
+#include <Hy/HyPluginStepperFactoryRegistry.h>
 #include <Hy/HyPointer.h>
 #include <Hy/HyPrismatic.h>
 #include <Hy/HyProducerPart.h>
@@ -79,3 +81,5 @@
 #include <Hy/HyUniverseState.h>
 #include <Hy/HyVector3.h>
 #include <Hy/HyVersion.h>
+#include <Hy/IStepper.h>
+#include <Hy/LoadSharedLibrary.h>

@@ -70,6 +70,8 @@ public:
     /// Runs the plain pipeline over the steppers of addPsStepper(): each phase once, with no guard,
     /// no substep and no recovery.
     void stepPs();
+    /// Whether a step is under way.
+    [[nodiscard]] bool isStepping() const { return mInsideStep; }
     /// Number of steps that step() has finished.
     [[nodiscard]] std::uint64_t getFrameNumber() const { return mFrameNumber; }
     /// Sum over the steppers of the last step().

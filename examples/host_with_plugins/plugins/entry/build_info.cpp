@@ -1,0 +1,5 @@
+#include "Config.h"
+
+const char* GetPluginBuildInfo() {
+    return *kBuildInfo ? kBuildInfo : Hy::HyPluginSystem::HyPluginBuildInfo();
+}

@@ -1,0 +1,5 @@
+#include "Config.h"
+
+int GetHyPluginSystemVersion() {
+    return kSystemVersion;
+}

@@ -1,0 +1,5 @@
+#include "Config.h"
+
+bool InitializePlugin(Hy::HyPluginSystem::HyPluginManager&, int, char**, std::string*) {
+    return false;
+}

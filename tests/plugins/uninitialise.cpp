@@ -1,0 +1,5 @@
+#include "Config.h"
+
+bool UninitialisePlugin(Hy::HyPluginSystem::HyPluginManager&, std::string*) {
+    return true;
+}

@@ -1,0 +1,5 @@
+#include "Config.h"
+
+bool UninitializePlugin(Hy::HyPluginSystem::HyPluginManager&, std::string*) {
+    return false;
+}
