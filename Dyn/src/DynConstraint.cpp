@@ -212,6 +212,13 @@ void DynConstraintReset(DynBaseConstraint* constraint) {
     constraint->bclH.max_rows = rows;
 }
 
+void DynConstraintSetSerial(DynBaseConstraint* constraint, std::uint64_t serial) {
+    if (DynConstraintIsEnabled(constraint))
+        refuse("DynConstraintSetSerial", "the constraint must not be enabled");
+    else
+        constraint->serial = serial;
+}
+
 void BaseConstraintReset(DynBaseConstraint* constraint) {
     DyncConstraintHeader& head = constraint->bclH;
     std::fill(head.compliance, head.compliance + kDynsMaxConstraintRows, 0.0);

@@ -1,4 +1,6 @@
 #include <Kit/KitMessage.h>
+#include <Kit/KitMessageQueue.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -66,21 +68,24 @@ constinit KitMessageHandler KitDebugHandler = KitHandlerDebug;
 void KitInfo(int code, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    KitInfoHandler(code, format, arguments);
+    if (!KitMessageQueue::take(KitMessageQueue::kInfo, code, format, arguments))
+        KitInfoHandler(code, format, arguments);
     va_end(arguments);
 }
 
 void KitWarning(int code, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    KitWarningHandler(code, format, arguments);
+    if (!KitMessageQueue::take(KitMessageQueue::kWarning, code, format, arguments))
+        KitWarningHandler(code, format, arguments);
     va_end(arguments);
 }
 
 void KitDebug(int code, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    KitDebugHandler(code, format, arguments);
+    if (!KitMessageQueue::take(KitMessageQueue::kDebug, code, format, arguments))
+        KitDebugHandler(code, format, arguments);
     va_end(arguments);
 }
 

@@ -119,6 +119,12 @@ bool HyBridge::haveSameResponseFunction(int id1, int id2) const {
     return true;
 }
 
+bool HyBridge::makesContacts(int id1, int id2) const {
+    const HyResponseActive* parts =
+        getResponse(HyUniverse::kResponsePart, HyUniverse::kResponsePart).mResponseActive.get();
+    return getResponse(id1, id2).mResponseActive.get() == parts;
+}
+
 int HyBridge::getNewResponseIDFromTemplateID(int templateID) {
     const int id = getResponseMaxIndex() + 1;
     if (templateID < 0 || templateID >= id) {

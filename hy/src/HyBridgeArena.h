@@ -1,9 +1,12 @@
 #pragma once
 #include <Col/ColContact.h>
 #include <Col/ColIntersectResult.h>
+#include <Col/ColModel.h>
 #include <Col/ColTriangleList.h>
+#include <Dyn/DynBody.h>
 #include <Hy/HyBridge.h>
 #include <Hy/HyTriListMemProvider.h>
+#include <Kit/KitMessageQueue.h>
 #include <Kit/KitThreadPool.h>
 
 #include <algorithm>
@@ -14,11 +17,16 @@
 
 namespace Hy {
 
+/// Body that carries a model: the root of its merged parts; null without a part.
+inline const DynBody* HyBridgeRootOf(const ColModel* model) {
+    return model->mBody ? model->mBody->rootParent : nullptr;
+}
+
 /// What the stepping thread is to do with a pair.
 struct HyBridge::Result {
     enum Kind : int {
-        kRespond,        ///< run the response of the event
-        kGoodbyeDisabled ///< a disabled pair that touched: end its contacts
+        kRespond,    ///< run the response of the event
+        kEndContacts ///< the pair goes on without contacts: disabled, or merged into another
     };
     ColModelPair* pair = nullptr; ///< null: a model has gone meanwhile
     Kind kind = kRespond;
@@ -26,12 +34,24 @@ struct HyBridge::Result {
     ColIntersectResult result; ///< its contacts lie in the arena
 };
 
+/// What the pairs of two bodies have given so far in batch mode.
+struct HyBridge::Merged {
+    Result into;                      ///< no pair: nothing
+    std::vector<ColContact> contacts; ///< those of `into`
+
+    void begin(const Result& first);
+    /// @param capacity contacts above which they are simplified first
+    void append(const Result& last, int capacity);
+};
+
 /// Results and contacts of one unit of work. What was handed out stays in place while the arena
 /// grows, and all its memory is kept for the next step.
 struct HyBridge::Arena {
     std::vector<Result> results;
     std::vector<ColContact> buffer;          ///< of the pair at hand
+    Merged merged;                           ///< in batch mode
     ColTriangleList* triangleList = nullptr; ///< lent to the unit while it runs
+    KitMessageQueue messages;                ///< of generators, which may run on a worker
     HyReal safeTime = 0;
     int overrun = 0; ///< pairs whose buffer had to grow
 

@@ -34,10 +34,6 @@ bool isSensor(const ColModel* model) {
     return model->mResponseID == HyUniverse::kResponseSensor;
 }
 
-const DynBody* rootOf(const ColModel* model) {
-    return model->mBody ? model->mBody->rootParent : nullptr;
-}
-
 // A subscriber may have chosen a friction model that the rows do not know.
 void resolveFriction(DynContact* contact) {
     for (; contact; contact = contact->nextContact) {
@@ -139,10 +135,14 @@ void HyBridge::sayGoodbye(ColModelPair* pair) {
         empty.pair = pair;
         notify(pair, &empty, kEventDisjoint);
     }
+    sayResponseGoodbye(pair);
+    ColGoodbye(pair);
+}
+
+void HyBridge::sayResponseGoodbye(ColModelPair* pair) {
     const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
     if (response.mResponseGoodbye.valid())
         (*response.mResponseGoodbye)(this, pair, mSpace, mWorld, &response);
-    ColGoodbye(pair);
 }
 
 void HyBridge::modelRemoved(ColModel* model) {
@@ -161,6 +161,7 @@ void HyBridge::modelRemoved(ColModel* model) {
             for (Result& result : arena->results)
                 if (isOf(result.pair))
                     result.pair = nullptr;
+        dropResultsOf(model); // another pair of the two bodies may speak for this one
     }
     // The model's pairs stand last in the list, behind those that earlier removals have ended. A
     // subscriber may remove another model meanwhile, which lengthens the list.
@@ -176,14 +177,22 @@ void HyBridge::modelRemoved(ColModel* model) {
 
 // The pair is that of the composite and goes on; what it touches comes again in the next step.
 void HyBridge::childModelRemoved(const ColModel* model) {
-    if (!mUpdating)
-        return;
+    if (mUpdating)
+        dropResultsOf(model);
+}
+
+void HyBridge::dropResultsOf(const ColModel* model) {
+    const auto isOf = [model](const ColModel* each) {
+        while (each && each != model)
+            each = each->mParent;
+        return each == model;
+    };
     for (const auto& arena : mArenas)
         for (Result& waiting : arena->results) {
             ColIntersectResult& result = waiting.result;
             const bool names = std::any_of(
                 result.contacts, result.contacts + result.contactCount,
-                [model](const ColContact& c) { return c.model1 == model || c.model2 == model; });
+                [&isOf](const ColContact& c) { return isOf(c.model1) || isOf(c.model2); });
             if (!names)
                 continue;
             if (waiting.pair && waiting.event == kEventFirst)
@@ -198,15 +207,18 @@ void HyBridge::childModelRemoved(const ColModel* model) {
 void HyBridge::handleCollisions(HyReal time) {
     const auto first = static_cast<std::size_t>(mPairs->helloFirst);
     const auto end = static_cast<std::size_t>(mPairs->stayingEnd);
-    const std::size_t units = (end - first + kPairsPerUnit - 1) / kPairsPerUnit;
-    while (mArenas.size() < units)
+    if (mBatchPartPairContact)
+        sortBatch();
+    const std::size_t mostUnits = (end - first + kPairsPerUnit - 1) / kPairsPerUnit;
+    while (mArenas.size() < mostUnits)
         mArenas.push_back(std::make_unique<Arena>());
-    if (mUnits.size() < units)
-        mUnits.resize(units);
-    for (std::size_t unit = 0; unit < units; ++unit) {
-        const std::size_t from = first + unit * kPairsPerUnit;
-        mUnits[unit].set(this, from, std::min(end, from + kPairsPerUnit), time,
-                         mArenas[unit].get());
+    if (mUnits.size() < mostUnits)
+        mUnits.resize(mostUnits);
+    std::size_t units = 0;
+    for (std::size_t from = first; from < end; ++units) {
+        const std::size_t to = unitEnd(from, end);
+        mUnits[units].set(this, from, to, time, mArenas[units].get());
+        from = to;
     }
     HyFrame* frame = HyFrame::currentInstance();
     const bool parallel = mMultiThreaded && end - first >= kParallelPairs && frame;
@@ -217,6 +229,7 @@ void HyBridge::handleCollisions(HyReal time) {
     KitThreadPoolExecute(pool, mUnits.data(), units);
     for (std::size_t unit = 0; unit < units; ++unit) {
         mSafeTime = std::min(mSafeTime, mArenas[unit]->safeTime);
+        mArenas[unit]->messages.deliver();
         if (std::exchange(mArenas[unit]->overrun, 0) > 0)
             HyInfo(0,
                    "HyBridge::handleCollisions: ContactBuffer size has been increased to %d, the "
@@ -227,16 +240,34 @@ void HyBridge::handleCollisions(HyReal time) {
     handleInactivePairs();
 }
 
+// No unit cuts the pairs of two bodies in batch mode.
+std::size_t HyBridge::unitEnd(std::size_t from, std::size_t end) const {
+    std::size_t to = std::min(end, from + kPairsPerUnit);
+    while (mBatchPartPairContact && to < end && goesOnInBatch(to - 1))
+        ++to;
+    return to;
+}
+
 void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const {
     arena.clear();
     arena.safeTime = time;
+    const KitMessageQueue::Scope messages(arena.messages);
     const TriangleLists::Loan loan(*mTriangleLists);
     arena.triangleList = loan.list();
     if (arena.buffer.size() < static_cast<std::size_t>(mContactBufferSize))
         arena.buffer.resize(static_cast<std::size_t>(mContactBufferSize));
-    for (std::size_t i = first; i < end; ++i)
+    arena.merged.into.pair = nullptr;
+    for (std::size_t i = first; i < end; ++i) {
+        const std::size_t before = arena.results.size();
         if (mPairs->array[i])
             collidePair(mPairs->array[i], time, arena);
+        if (!mBatchPartPairContact)
+            continue;
+        if (arena.results.size() > before)
+            mergeLast(arena);
+        if (!goesOnInBatch(i))
+            endBatchRun(arena);
+    }
 }
 
 // Runs on a worker: touches the pair and the arena alone.
@@ -255,7 +286,7 @@ void HyBridge::collidePair(ColModelPair* pair, HyReal time, Arena& arena) const 
         model2->mTemporaryDisabledStatus != kNotTemporaryDisabled) {
         ColModelPairSetWasIntersecting(pair, false);
         if (touched)
-            add(Result::kGoodbyeDisabled, kEventCount);
+            add(Result::kEndContacts, kEventCount);
         return;
     }
     if (time != 0 && ColSpaceModelIsFrozenNoCheck(model1) && ColSpaceModelIsFrozenNoCheck(model2))
@@ -307,7 +338,7 @@ bool HyBridge::pairNeedsCollision(const ColModel* model1, const ColModel* model2
                                   bool sensorPart, bool acceptNonDynamic) const {
     if (!filtersAgree(model1, model2))
         return false;
-    const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
+    const DynBody *root1 = HyBridgeRootOf(model1), *root2 = HyBridgeRootOf(model2);
     if (root1 && root1 == root2)
         return false;
     if (isSensor(model1) || isSensor(model2))
@@ -320,7 +351,7 @@ bool HyBridge::pairNeedsCollision(const ColModel* model1, const ColModel* model2
 }
 
 bool HyBridge::bothRest(const ColModel* model1, const ColModel* model2) {
-    const DynBody *root1 = rootOf(model1), *root2 = rootOf(model2);
+    const DynBody *root1 = HyBridgeRootOf(model1), *root2 = HyBridgeRootOf(model2);
     return !isSensor(model1) && !isSensor(model2) && root1 && root2 && root1 != root2 &&
            !DynBodyIsEnabled(root1) && !DynBodyIsEnabled(root2) &&
            !(DynBodyIsFrozen(root1) && DynBodyIsFrozen(root2));
@@ -337,10 +368,7 @@ void HyBridge::respond(Arena& arena) {
             handlePairResponse(result.pair, &result.result, result.event);
             continue;
         }
-        const HyResponsePair& response =
-            getResponse(result.pair->mResponseID1, result.pair->mResponseID2);
-        if (response.mResponseGoodbye.valid())
-            (*response.mResponseGoodbye)(this, result.pair, mSpace, mWorld, &response);
+        sayResponseGoodbye(result.pair);
     }
 }
 
@@ -391,9 +419,7 @@ void HyBridge::handleInactivePairs() {
             continue;
         }
         ColModelPairSetWasIntersecting(pair, false);
-        const HyResponsePair& response = getResponse(pair->mResponseID1, pair->mResponseID2);
-        if (response.mResponseGoodbye.valid())
-            (*response.mResponseGoodbye)(this, pair, mSpace, mWorld, &response);
+        sayResponseGoodbye(pair);
         if (mPairs->array[i])
             notify(pair, &empty, kEventDisjoint);
     }

@@ -1,4 +1,6 @@
 #include <Hy/HyMessage.h>
+
+#include <Kit/KitMessageQueue.h>
 #include <Kit/KitMemory.h>
 #include <cstdio>
 #include <cstdlib>
@@ -36,14 +38,16 @@ char* createLocatedFormat(const char* name, int line, const char* format) {
 void HyInfo(int code, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    KitInfoHandler(code, format, arguments);
+    if (!KitMessageQueue::take(KitMessageQueue::kInfo, code, format, arguments))
+        KitInfoHandler(code, format, arguments);
     va_end(arguments);
 }
 
 void HyWarning(int code, const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
-    KitWarningHandler(code, format, arguments);
+    if (!KitMessageQueue::take(KitMessageQueue::kWarning, code, format, arguments))
+        KitWarningHandler(code, format, arguments);
     va_end(arguments);
 }
 

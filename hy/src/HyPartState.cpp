@@ -40,12 +40,19 @@ bool HyPart::restoreState(const HyPartState* state) {
     setLinearVelocity(state->mLinearVelocity);
     setAngularVelocity(state->mAngularVelocity);
     wakeDynamics(state->mDynamicsAwake);
-    if (isDynamicsAwake()) {
-        DynBodySetAccelerations(mDynBodyID, state->mLinearAcceleration.v,
-                                state->mAngularAcceleration.v);
-        setEnabledSteps(state->mEnabledSteps);
-    }
+    restoreActivity(*state);
     return true;
+}
+
+// A part that is moved by the application has none, and would wake its neighbours.
+void HyPart::restoreActivity(const HyPartState& state) {
+    if (!isDynamic())
+        return;
+    wakeDynamics(state.mDynamicsAwake);
+    if (!isDynamicsAwake())
+        return;
+    DynBodySetAccelerations(mDynBodyID, state.mLinearAcceleration.v, state.mAngularAcceleration.v);
+    setEnabledSteps(state.mEnabledSteps);
 }
 
 } // namespace Hy

@@ -1,5 +1,7 @@
 #include <Hy/HyResponse.h>
 
+#include "HyContactChain.h"
+
 #include <Col/ColIntersectResult.h>
 #include <Col/ColModel.h>
 #include <Col/ColModelPair.h>
@@ -88,7 +90,6 @@ public:
     void run();
 
 private:
-    static void destroyFrom(DynContact* contact, bool wake);
     const HyContactMaterial& materialOf(const ColContact& contact) const;
     bool someContactWantsMatching() const;
     void rememberChain();
@@ -112,19 +113,6 @@ private:
     int mGroup = -1;
     KitReal mSurface = 1;
 };
-
-void Update::destroyFrom(DynContact* contact, bool wake) {
-    while (contact) {
-        DynContact* next = contact->nextContact;
-        if (wake)
-            DynConstraintEnableBodiesIfMoving(contact);
-        DynConstraintDisable(contact);
-        if (HyUniverse* universe = contact->world->universe)
-            universe->dynContactLeaves(contact);
-        DynContactDestroy(contact);
-        contact = next;
-    }
-}
 
 const HyContactMaterial& Update::materialOf(const ColContact& contact) const {
     return *mBridge.getContactMaterial(
@@ -262,7 +250,7 @@ void Update::aimFriction() {
 void Update::run() {
     mTarget = static_cast<DynContact*>(mPair.responseData);
     if (mResult.contactCount == 0) {
-        destroyFrom(mTarget, false);
+        HyDestroyContacts(mTarget, false);
         mPair.responseData = DynContactInvalidID;
         return;
     }
@@ -303,12 +291,25 @@ void Update::run() {
     }
     if (mLast) {
         mLast->nextContact = nullptr;
-        destroyFrom(mTarget, true);
+        HyDestroyContacts(mTarget, true);
     }
     aimFriction();
 }
 
 } // namespace
+
+void HyDestroyContacts(DynContact* contact, bool wake) {
+    while (contact) {
+        DynContact* next = contact->nextContact;
+        if (wake)
+            DynConstraintEnableBodiesIfMoving(contact);
+        DynConstraintDisable(contact);
+        if (HyUniverse* universe = contact->world->universe)
+            universe->dynContactLeaves(contact);
+        DynContactDestroy(contact);
+        contact = next;
+    }
+}
 
 void HyResponseBody_Body::operator()(HyBridge* bridge, ColModelPair* pair,
                                      ColIntersectResult* result, CxSpace*, DynWorld* world,

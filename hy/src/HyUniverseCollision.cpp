@@ -5,10 +5,12 @@
 #include <Col/ColSpace.h>
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>
+#include <Dyn/DynContact.h>
 #include <Dyn/DynWorld.h>
 #include <Hy/HyBridge.h>
 #include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyCollisionGeometryPair.h>
+#include <Hy/HyDynamicsContactInput.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 
@@ -122,13 +124,11 @@ void HyUniverse::disablePairsWith(HyPart* part) {
 }
 
 void HyUniverse::enableAllPairs() {
-    for (HyCollisionGeometry* geometry : mCollisionGeometries)
-        enablePairsWith(geometry);
+    ColSpaceSetAllPairsEnable(mSpace, true);
 }
 
 void HyUniverse::disableAllPairs() {
-    for (HyCollisionGeometry* geometry : mCollisionGeometries)
-        disablePairsWith(geometry);
+    ColSpaceSetAllPairsEnable(mSpace, false);
 }
 
 namespace {
@@ -180,6 +180,18 @@ HyCollisionGeometryPair* HyUniverse::getCollisionGeometryPair(const HyCollisionG
     if (!inOneSpace(a, b))
         return nullptr;
     return HyCollisionGeometryPair::fromColModelPair(ColSpaceGetModelPair(modelOf(a), modelOf(b)));
+}
+
+// What a sensor's pair carries is no contact.
+HyDynamicsContactInput
+HyUniverse::getDynamicsContactInputOnPair(const HyCollisionGeometry* a,
+                                          const HyCollisionGeometry* b) const {
+    const ColModelPair* pair =
+        inOneSpace(a, b) ? ColSpaceGetModelPair(modelOf(a), modelOf(b)) : nullptr;
+    const bool makesContacts =
+        pair && mBridge->makesContacts(pair->mResponseID1, pair->mResponseID2);
+    return HyDynamicsContactInput(makesContacts ? static_cast<DynContact*>(pair->responseData)
+                                                : nullptr);
 }
 
 // Requests.
@@ -321,6 +333,21 @@ void HyUniverse::setCollisionMultithreaded(bool on) {
 
 bool HyUniverse::getCollisionMultithreaded() const {
     return getCollisionIntersectMultithreaded() && getCollisionBroadPhaseMultithreaded();
+}
+
+void HyUniverse::setPartPairContactMergingEnabled(bool on) {
+    if (mBridge->isUpdating()) {
+        HyWarning(0, "HyUniverse::setPartPairContactMergingEnabled: cannot be called from a "
+                     "response or subscriber.\n");
+        return;
+    }
+    if (on)
+        resetContacts(false);
+    mBridge->setBatchPartPairContact(on);
+}
+
+bool HyUniverse::getPartPairContactMergingEnabled() const {
+    return mBridge->getBatchPartPairContact();
 }
 
 unsigned HyUniverse::getCollisionGeometryPairMaxCount() const {

@@ -1,6 +1,10 @@
 #include <Hy/HyUniverseState.h>
 
+#include "HyContactHistory.h"
+
+#include <Hy/HyBridge.h>
 #include <Hy/HyCollisionGeometryState.h>
+#include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyMessage.h>
@@ -13,7 +17,7 @@
 
 namespace Hy {
 
-HyUniverseState::HyUniverseState() = default;
+HyUniverseState::HyUniverseState() : mContacts(std::make_unique<HyContactHistory>()) {}
 HyUniverseState::~HyUniverseState() = default;
 
 void HyUniverseState::restore() {
@@ -33,12 +37,16 @@ HyUniverseState* HyUniverse::createState() {
     for (HyConstraint* constraint : mConstraints)
         state->mConstraints.emplace_back(constraint->createState());
     state->mGravity = getGravity();
+    state->mPartPartContactCount = getPartPartCollisionPairRequest(0, 0).getContactMaxCount();
+    state->mPartSensorContactCount = getSensorPartCollisionPairRequest().getContactMaxCount();
+    state->mSensorSensorContactCount = getSensorSensorCollisionPairRequest().getContactMaxCount();
+    state->mContacts->capture(*mSpace, *mBridge);
     state->mAutoSleep = getAutoSleep();
     return state;
 }
 
-// Gravity, if it differs, and constraints come first: both wake parts, which are then brought to the
-// sleep in which they were.
+// Much of this wakes parts, so sleep is put back at the end; and contacts come last, for those that the
+// reset makes stand for the present positions, while the next step continues those of the last one.
 void HyUniverse::restoreState(HyUniverseState* state) {
     if (!state)
         return;
@@ -47,21 +55,32 @@ void HyUniverse::restoreState(HyUniverseState* state) {
                      "be stepping.\n");
         return;
     }
+    const auto isHere = [this](const auto& each) {
+        return each->mInstance.valid() && each->mInstance->getUniverse() == this;
+    };
+    for (const std::unique_ptr<HyCollisionGeometryState>& geometry : state->mCollisionGeometries)
+        if (isHere(geometry) && !geometry->mInstance->getPart()) // a part restores its own
+            geometry->restore();
+    for (const std::unique_ptr<HyPartState>& part : state->mParts)
+        if (isHere(part))
+            part->restore();
+    for (const std::unique_ptr<HyConstraintState>& constraint : state->mConstraints)
+        if (isHere(constraint))
+            constraint->restore();
     const HyVector3 gravity = getGravity();
     if (!std::equal(gravity.v, gravity.v + 3, state->mGravity.v))
         setGravity(state->mGravity);
     setAutoSleep(state->mAutoSleep);
-    for (const std::unique_ptr<HyConstraintState>& constraint : state->mConstraints)
-        if (constraint->mInstance.valid() && constraint->mInstance->getUniverse() == this)
-            constraint->restore();
-    for (const std::unique_ptr<HyPartState>& part : state->mParts)
-        if (part->mInstance.valid() && part->mInstance->getUniverse() == this)
-            part->restore();
-    for (const std::unique_ptr<HyCollisionGeometryState>& geometry : state->mCollisionGeometries)
-        if (geometry->mInstance.valid() && geometry->mInstance->getUniverse() == this &&
-            !geometry->mInstance->getPart()) // a part restores its own
-            geometry->restore();
+    getPartPartCollisionPairRequest(0, 0).setContactMaxCount(state->mPartPartContactCount);
+    getSensorPartCollisionPairRequest().setContactMaxCount(state->mPartSensorContactCount);
+    getSensorSensorCollisionPairRequest().setContactMaxCount(state->mSensorSensorContactCount);
     resetContacts(state->mEnableIntersectSubscribersOnRestore);
+    mBridge->setCallBackEnabled(false);
+    state->mContacts->restore(*mSpace, *mBridge, *mWorld);
+    mBridge->setCallBackEnabled(true);
+    for (const std::unique_ptr<HyPartState>& part : state->mParts)
+        if (isHere(part))
+            part->mInstance->restoreActivity(*part);
     mObservers.forEach([](HyUniverseObserver& observer) { observer.onStateRestored(); });
 }
 

@@ -100,6 +100,7 @@ void HyUniverse::restoreLockTargets() {
 void HyUniverse::solveDynamicsImpl(HyReal dt) {
     mStepping = true;
     mUserContacts->resolveFriction();
+    mSavedCoordinates->saveSlips(*mWorld);
     measure(mUniverseTimings.solveDynamics, [this, dt] { DynWorldStep(mWorld, dt); });
 }
 
@@ -108,6 +109,7 @@ void HyUniverse::revertDynamicsImpl() {
         DynBodyResetForces(body);
         DynBodyRearmImpulses(body);
     });
+    mSavedCoordinates->restoreSlips(*mWorld);
     resetConstraintDynamics();
 }
 

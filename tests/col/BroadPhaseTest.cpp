@@ -154,6 +154,20 @@ TEST(BroadPhase, AgreesWithAllPairs) {
                 });
             }
         }
+        if (chance(8)) {
+            const bool enable = chance(2);
+            world.space->SetAllPairOverlapEnabled(enable);
+            disabled.clear();
+            for (const auto& a : world.bodies)
+                for (const auto& b : world.bodies)
+                    if (!enable && a->serial < b->serial && a->mSpaceID >= 0 && b->mSpaceID >= 0)
+                        disabled.insert({a->serial, b->serial});
+        }
+        const auto present = static_cast<std::size_t>(
+            std::count_if(world.bodies.begin(), world.bodies.end(),
+                          [](const auto& body) { return body->mSpaceID >= 0; }));
+        ASSERT_EQ(world.space->GetPairOverlapEnabledCount(),
+                  present * (present - 1) / 2 - disabled.size());
         if (chance(2))
             world.add(place(random), place(random), place(random), size(random));
         ASSERT_TRUE(inside);

@@ -77,6 +77,8 @@ HY_API void ColSpaceSetUserData(CxSpace* space, void* userData);
 HY_API int ColSpaceEnablePair(ColModel* model1, ColModel* model2);
 HY_API int ColSpaceDisablePair(ColModel* model1, ColModel* model2);
 HY_API void ColSpaceSetPairEnableWith(ColModel* model, bool enable);
+/// All pairs of the models that are in the space now.
+HY_API void ColSpaceSetAllPairsEnable(CxSpace* space, bool enable);
 [[nodiscard]] HY_API std::size_t ColSpaceGetPairEnableCount(const CxSpace* space);
 [[nodiscard]] HY_API bool ColSpacePairIsEnabled(const ColModel* model1, const ColModel* model2);
 /// Whether the boxes overlap, as of the last interval.

@@ -84,6 +84,12 @@ public:
     /// open.
     virtual bool Update(int id, KitReal duration) = 0;
 
+    /// The box that a model has in the space; false if there is none.
+    virtual bool GetBox(int id, lsVec3* min, lsVec3* max) const = 0;
+    /// Gives a model a box, padding included, until its next update. Opens an interval if need be and
+    /// leaves it open.
+    virtual void SetBox(int id, const lsVec3& min, const lsVec3& max) = 0;
+
     /// Pairs that began in the last interval.
     [[nodiscard]] virtual std::span<CxPairLink* const> GetNewPairOverlapList() = 0;
     /// Pairs that stay, without those at rest.
@@ -105,6 +111,8 @@ public:
     virtual bool SetPairOverlapEnabled(int id1, int id2, bool enabled) = 0;
     /// The same for every pair of the model.
     virtual void SetPairOverlapEnabled(int id, bool enabled) = 0;
+    /// The same for every pair of the models that are here; the work goes with those that are near.
+    virtual void SetAllPairOverlapEnabled(bool enabled) = 0;
     [[nodiscard]] virtual bool GetPairOverlapEnabled(int id1, int id2) const = 0;
     /// Whether the boxes overlap, enabled or not.
     [[nodiscard]] virtual bool GetPairOverlapStatus(int id1, int id2) const = 0;

@@ -215,6 +215,11 @@ void ColSpaceSetPairEnableWith(ColModel* model, bool enable) {
         model->mSpace->SetPairOverlapEnabled(model->mSpaceID, enable);
 }
 
+void ColSpaceSetAllPairsEnable(CxSpace* space, bool enable) {
+    if (space)
+        space->SetAllPairOverlapEnabled(enable);
+}
+
 std::size_t ColSpaceGetPairEnableCount(const CxSpace* space) {
     return space->GetPairOverlapEnabledCount();
 }

@@ -289,6 +289,22 @@ bool CxTreeSpace::Update(int id, KitReal duration) {
     return true;
 }
 
+bool CxTreeSpace::GetBox(int id, lsVec3* min, lsVec3* max) const {
+    if (!ValidID(id) || !mReps[idx(id)].placed)
+        return false;
+    std::copy_n(mBoxes[idx(id)].min, 3, min->v);
+    std::copy_n(mBoxes[idx(id)].max, 3, max->v);
+    return true;
+}
+
+void CxTreeSpace::SetBox(int id, const lsVec3& min, const lsVec3& max) {
+    if (!ValidID(id) || mReps[idx(id)].parked)
+        return;
+    UpdateBegin();
+    takeBox(id, min, max);
+    touch(id);
+}
+
 // Trees
 
 void CxTreeSpace::place(int id) {
@@ -410,7 +426,6 @@ void CxTreeSpace::freeEntry(Entry* entry) {
     }
     if (entry->link != nullptr)
         detach(entry->link);
-    mExceptions -= entry->exception;
     mTable.Erase(entry->id[0], entry->id[1]);
     mEntries.Put(entry);
 }
@@ -421,8 +436,28 @@ void CxTreeSpace::freeIfIdle(Entry* entry) {
         freeEntry(entry);
 }
 
+bool CxTreeSpace::isEnabledByDefault(int id1, int id2) const {
+    if (!ValidID(id1) || !ValidID(id2))
+        return !mInitPairDisabled;
+    const PairRule rule1 = mReps[idx(id1)].rule, rule2 = mReps[idx(id2)].rule;
+    if (rule1 != kNoRule && rule1 == rule2)
+        return rule1 == kAllEnabled;
+    return !mInitPairDisabled;
+}
+
 bool CxTreeSpace::isEnabled(const Entry* entry) const {
-    return mInitPairDisabled == entry->exception;
+    return isEnabledByDefault(entry->id[0], entry->id[1]) != entry->exception;
+}
+
+std::vector<CxTreeSpace::Entry*> CxTreeSpace::allEntries() const {
+    std::vector<Entry*> entries;
+    for (int id = 0; id < mEndID; ++id)
+        for (Entry *entry = mReps[idx(id)].pairs, *next = nullptr; entry != nullptr; entry = next) {
+            next = entry->next[entry->id[1] == id];
+            if (entry->id[0] == id)
+                entries.push_back(entry);
+        }
+    return entries;
 }
 
 bool CxTreeSpace::isAwake(const Entry* entry) const {
@@ -747,7 +782,7 @@ bool CxTreeSpace::SetPairOverlapEnabled(int id1, int id2, bool enabled) {
     if (id1 == id2 || !ValidID(id1) || !ValidID(id2))
         return false;
     Entry* entry = findEntry(id1, id2);
-    if ((entry != nullptr ? isEnabled(entry) : !mInitPairDisabled) == enabled)
+    if ((entry != nullptr ? isEnabled(entry) : isEnabledByDefault(id1, id2)) == enabled)
         return entry == nullptr || entry->link == nullptr || !isInTransition(entry->link);
     if (entry == nullptr)
         entry = addEntry(id1, id2);
@@ -755,21 +790,47 @@ bool CxTreeSpace::SetPairOverlapEnabled(int id1, int id2, bool enabled) {
     if (entry->overlap && link != nullptr && isInTransition(link))
         return false;
     entry->exception = !entry->exception;
-    mExceptions += entry->exception ? 1 : -1;
-    if (entry->overlap) {
-        if (!enabled && link != nullptr) {
-            if (mChanging && link->mList == kNew)
-                dropLink(entry);
-            else
-                moveLink(link, mChanging ? kEnded : kNewDisabled);
-        } else if (enabled && link != nullptr) {
-            moveLink(link, kActive); // ended in this interval
-        } else if (enabled) {
-            newLink(entry, mChanging ? kNew : kNewEnabled);
-        }
-    }
+    switchPair(entry, enabled);
     freeIfIdle(entry);
     return true;
+}
+
+void CxTreeSpace::switchPair(Entry* entry, bool enabled) {
+    if (!entry->overlap)
+        return;
+    CxPairLink* link = entry->link;
+    if (!enabled && link != nullptr) {
+        if (mChanging && link->mList == kNew)
+            dropLink(entry);
+        else
+            moveLink(link, mChanging ? kEnded : kNewDisabled);
+    } else if (enabled && link != nullptr) {
+        moveLink(link, kActive); // ended in this interval
+    } else if (enabled) {
+        newLink(entry, mChanging ? kNew : kNewEnabled);
+    }
+}
+
+// Only pairs that are near, or were switched one by one, have entries. One in transition stays as it was.
+void CxTreeSpace::SetAllPairOverlapEnabled(bool enabled) {
+    const std::vector<Entry*> entries = allEntries();
+    std::vector<Entry*> switched;
+    for (Entry* entry : entries)
+        if (isEnabled(entry) != enabled)
+            switched.push_back(entry);
+    for (Rep& rep : mReps)
+        if (rep.model != nullptr)
+            rep.rule = enabled ? kAllEnabled : kAllDisabled;
+    for (Entry* entry : entries)
+        entry->exception = false;
+    for (Entry* entry : switched) {
+        if (entry->overlap && entry->link != nullptr && isInTransition(entry->link))
+            entry->exception = true;
+        else
+            switchPair(entry, enabled);
+    }
+    for (Entry* entry : entries)
+        freeIfIdle(entry);
 }
 
 bool CxTreeSpace::isInTransition(const CxPairLink* link) const {
@@ -783,7 +844,7 @@ void CxTreeSpace::SetPairOverlapEnabled(int id, bool enabled) {
 
 bool CxTreeSpace::GetPairOverlapEnabled(int id1, int id2) const {
     const Entry* entry = findEntry(id1, id2);
-    return entry != nullptr ? isEnabled(entry) : !mInitPairDisabled;
+    return entry != nullptr ? isEnabled(entry) : isEnabledByDefault(id1, id2);
 }
 
 bool CxTreeSpace::GetPairOverlapStatus(int id1, int id2) const {
@@ -792,9 +853,22 @@ bool CxTreeSpace::GetPairOverlapStatus(int id1, int id2) const {
 }
 
 std::size_t CxTreeSpace::GetPairOverlapEnabledCount() const {
-    const std::size_t models = mReps.size() - mFreeIDs.size();
-    const std::size_t pairs = models < 2 ? 0 : models * (models - 1) / 2;
-    return mInitPairDisabled ? mExceptions : pairs - mExceptions;
+    const auto pairsOf = [](std::size_t models) {
+        return models < 2 ? 0 : models * (models - 1) / 2;
+    };
+    const auto withRule = [this](PairRule rule) {
+        return static_cast<std::size_t>(
+            std::count_if(mReps.begin(), mReps.end(), [rule](const Rep& rep) {
+                return rep.model != nullptr && rep.rule == rule;
+            }));
+    };
+    std::size_t count = mInitPairDisabled ? pairsOf(withRule(kAllEnabled))
+                                          : pairsOf(mReps.size() - mFreeIDs.size()) -
+                                                pairsOf(withRule(kAllDisabled));
+    for (const Entry* entry : allEntries())
+        if (entry->exception)
+            count = isEnabled(entry) ? count + 1 : count - 1;
+    return count;
 }
 
 ColModelPair* CxTreeSpace::GetPair(int id1, int id2) {

@@ -45,6 +45,8 @@ public:
     bool UpdateAll(KitReal duration) override;
     void UpdateSingle(int id, KitReal duration, bool forceUpdate) override;
     bool Update(int id, KitReal duration) override;
+    bool GetBox(int id, lsVec3* min, lsVec3* max) const override;
+    void SetBox(int id, const lsVec3& min, const lsVec3& max) override;
 
     std::span<CxPairLink* const> GetNewPairOverlapList() override { return mNew; }
     std::span<CxPairLink* const> GetPairOverlapList() override { return mActive; }
@@ -57,6 +59,7 @@ public:
 
     bool SetPairOverlapEnabled(int id1, int id2, bool enabled) override;
     void SetPairOverlapEnabled(int id, bool enabled) override;
+    void SetAllPairOverlapEnabled(bool enabled) override;
     bool GetPairOverlapEnabled(int id1, int id2) const override;
     bool GetPairOverlapStatus(int id1, int id2) const override;
     std::size_t GetPairOverlapEnabledCount() const override;
@@ -95,12 +98,15 @@ private:
         KitReal min[3];
         KitReal max[3];
     };
+    /// The default of the pairs of two models that bear the same rule.
+    enum PairRule : std::uint8_t { kNoRule, kAllEnabled, kAllDisabled };
     enum Home : std::uint8_t { kNowhere, kInMovingTree, kInRestingTree, kInHugeList };
     struct Rep {
         ColModel* model = nullptr; ///< null: the id is free
         Entry* pairs = nullptr;
         CxFloatBox fat{};
         Home home = kNowhere;
+        PairRule rule = kNoRule;
         bool dynamic = false;
         bool parked = false;
         bool placed = false;  ///< has a box
@@ -128,7 +134,10 @@ private:
     Entry* addEntry(int id1, int id2);
     void freeEntry(Entry* entry);
     void freeIfIdle(Entry* entry);
+    bool isEnabledByDefault(int id1, int id2) const;
     bool isEnabled(const Entry* entry) const;
+    void switchPair(Entry* entry, bool enabled);
+    std::vector<Entry*> allEntries() const;
     bool isAwake(const Entry* entry) const;
     void setAwake(Entry* entry, bool awake);
     void reclassifyPairs();
@@ -157,7 +166,6 @@ private:
     void* mUserData = nullptr;
     int mEndID = 0;
     std::uint32_t mInsertions = 0;
-    std::size_t mExceptions = 0; ///< pairs against the default
 
     std::vector<Rep> mReps;
     std::vector<TightBox> mBoxes; ///< by id

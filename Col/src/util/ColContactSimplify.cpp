@@ -9,6 +9,7 @@
 #include "ColContactGroup.h"
 
 #include <algorithm>
+#include <atomic>
 #include <array>
 #include <cmath>
 #include <numbers>
@@ -34,6 +35,8 @@ lsVec3 sumToNormal(lsVec3 sum) {
     return sum.normalize() > 0 ? sum : lsVec3(1, 0, 0);
 }
 
+std::atomic<bool> sToldOfMethod2 = false;
+
 /// Normal of a group by groupNormalMethod.
 lsVec3 groupNormal(std::span<const ColContact> contacts, int method) {
     lsVec3 sum;
@@ -48,7 +51,8 @@ lsVec3 groupNormal(std::span<const ColContact> contacts, int method) {
                 sum.addMultiple(-c.separation, c.normal);
         return sumToNormal(sum);
     case 2:
-        KitWarning(0, "Not implemented\n");
+        if (!sToldOfMethod2.exchange(true, std::memory_order_relaxed)) // each group would repeat it
+            KitWarning(0, "Not implemented\n");
         break;
     default:
         break;

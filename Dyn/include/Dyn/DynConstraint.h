@@ -146,6 +146,8 @@ struct DynConstraintCoordinates {
 };
 HY_API void DynConstraintSaveCoordinates(const DynBaseConstraint* constraint,
                                          DynConstraintCoordinates* saved);
+/// Gives a constraint without bodies, which is not enabled, the serial of one that it stands for.
+HY_API void DynConstraintSetSerial(DynBaseConstraint* constraint, std::uint64_t serial);
 HY_API void DynConstraintRestoreCoordinates(DynBaseConstraint* constraint,
                                             const DynConstraintCoordinates& saved);
 

@@ -12,4 +12,5 @@
 #include <Kit/KitMemory.h>
 #include <Kit/KitMemoryPool.h>
 #include <Kit/KitMessage.h>
+#include <Kit/KitMessageQueue.h>
 #include <Kit/KitPool.h>

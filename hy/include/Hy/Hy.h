@@ -45,10 +45,12 @@
 #include <Hy/HyGeometry.h>
 #include <Hy/HyHinge.h>
 #include <Hy/HyHomokinetic.h>
+#include <Hy/HyInternalIDIntersectSubscriber.h>
 #include <Hy/HyIntersect.h>
 #include <Hy/HyIntersectFilter.h>
 #include <Hy/HyIntersectResult.h>
 #include <Hy/HyIntersectSubscriber.h>
+#include <Hy/HyIntersectSubscriberLogging.h>
 #include <Hy/HyLinear1.h>
 #include <Hy/HyLinear2.h>
 #include <Hy/HyLinear3.h>

@@ -4,6 +4,7 @@
 #include <Hy/HyResponse.h>
 #include <Hy/HySymmetricTable.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -59,6 +60,8 @@ public:
     [[nodiscard]] int getResponseMaxIndex() const;
     void setResponseMaxIndex(int index);
     [[nodiscard]] bool haveSameResponseFunction(int id1, int id2) const;
+    /// Whether the pairs of two response ids carry contacts, as those of two parts do.
+    [[nodiscard]] bool makesContacts(int id1, int id2) const;
     /// A new response id that behaves as the template.
     int getNewResponseIDFromTemplateID(int templateID);
 
@@ -110,6 +113,12 @@ public:
     /// Intersects pairs on the frame's workers.
     void setMultithreaded(bool on) { mMultiThreaded = on; }
     [[nodiscard]] bool getMultithreaded() const { return mMultiThreaded; }
+    /// Merges the contacts of all pairs of the same two bodies into one result, which is simplified as
+    /// that of one pair is: for parts of many geometries. Off at first; switching it on ends the
+    /// contacts there are. Only pairs of the same two response ids merge. Not from a response or
+    /// subscriber: a warning, and nothing happens.
+    void setBatchPartPairContact(bool on);
+    [[nodiscard]] bool getBatchPartPairContact() const { return mBatchPartPairContact; }
     /// Whether pairs of two bodies that are not dynamic are intersected.
     void setAcceptNonDynamicPairCollision(bool on) { mAcceptNonDynamicPairCollision = on; }
     [[nodiscard]] bool getAcceptNonDynamicPairCollision() const {
@@ -124,8 +133,17 @@ public:
                                    HyIntersectSubscriber* subscriber) override;
     void removeAllIntersectSubscriber() override;
 
-private:
     struct Result;
+    struct Merged;
+
+private:
+    /// A pair in batch mode by the creation of its two bodies, 0 for none, and its response ids.
+    struct BatchEntry {
+        std::uint64_t high, low;
+        int highID, lowID;
+        int place; ///< in the container before
+        ColModelPair* pair;
+    };
     class WorkUnit;
     class TriangleLists;
     struct Arena;
@@ -142,10 +160,18 @@ private:
                                           bool sensorSensor, bool sensorPart,
                                           bool acceptNonDynamic) const;
     [[nodiscard]] static bool bothRest(const ColModel* model1, const ColModel* model2);
+    void sortBatch();
+    [[nodiscard]] bool goesOnInBatch(std::size_t place) const;
+    static void mergeLast(Arena& arena);
+    static void endBatchRun(Arena& arena);
+    static void endContacts(ColModelPair* pair, Arena& arena);
+    [[nodiscard]] std::size_t unitEnd(std::size_t from, std::size_t end) const;
     void respond(Arena& arena);
+    void dropResultsOf(const ColModel* model);
     void handlePairResponse(ColModelPair* pair, ColIntersectResult* result,
                             eIntersectEventType event);
     void sayGoodbye(ColModelPair* pair);
+    void sayResponseGoodbye(ColModelPair* pair);
     void handleInactivePairs();
     void notify(ColModelPair* pair, ColIntersectResult* result, eIntersectEventType event);
 
@@ -159,6 +185,7 @@ private:
     int mContactBufferSize;
     std::vector<std::unique_ptr<Arena>> mArenas; ///< one a work unit
     std::vector<WorkUnit> mUnits;
+    std::vector<BatchEntry> mBatch;                ///< of the pairs at hand
     std::unique_ptr<TriangleLists> mTriangleLists; ///< one a thread
     HyReal mAccIntersectSubscriberTime = 0;
     HyReal mSafeTime = 0;
@@ -168,6 +195,7 @@ private:
     bool mAcceptNonDynamicPairCollision = false;
     bool mCallBackEnabled = true;
     bool mMultiThreaded = false;
+    bool mBatchPartPairContact = false;
     bool mUpdating = false;
 };
 

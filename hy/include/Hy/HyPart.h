@@ -328,6 +328,8 @@ public:
     /// Brings the part to a captured state, so that it moves on from there to the same bits. False,
     /// and no change, for null and for the state of another part.
     bool restoreState(const HyPartState* state);
+    /// The part of it that other changes of a universe undo: whether it sleeps, and how soon it may.
+    void restoreActivity(const HyPartState& state);
 
     [[nodiscard]] HyUniverse* getUniverse() const { return mUniverse; }
     [[nodiscard]] DynBody* getDynBody() const { return mDynBodyID; }

@@ -25,6 +25,7 @@ class HyCollisionRuleStore;
 class HyConstraint;
 class HyContactMaterial;
 class HyDynamicsContact;
+class HyDynamicsContactInput;
 class HyMaterial;
 class HyMaterialTable;
 class HyPart;
@@ -196,6 +197,9 @@ public:
     /// Null unless the boxes overlap.
     [[nodiscard]] HyCollisionGeometryPair*
     getCollisionGeometryPair(const HyCollisionGeometry* a, const HyCollisionGeometry* b) const;
+    /// The contacts of two geometries of parts; empty where there are none. Valid until the next step.
+    [[nodiscard]] HyDynamicsContactInput
+    getDynamicsContactInputOnPair(const HyCollisionGeometry* a, const HyCollisionGeometry* b) const;
 
     // How pairs are looked at and what is done with them.
 
@@ -236,6 +240,11 @@ public:
     }
     void setCollisionMultithreaded(bool on);
     [[nodiscard]] bool getCollisionMultithreaded() const;
+    /// Merges the contacts of all geometries of the same two parts and simplifies them together: fewer
+    /// contacts for parts of many geometries. Off at first. Not from a response or subscriber: a
+    /// warning, and nothing happens.
+    void setPartPairContactMergingEnabled(bool on);
+    [[nodiscard]] bool getPartPairContactMergingEnabled() const;
     [[nodiscard]] unsigned getCollisionGeometryPairMaxCount() const;
     /// Contacts that a pair may give before its buffer grows, above 0. Not while stepping.
     void setContactBufferSize(int size);

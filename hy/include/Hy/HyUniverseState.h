@@ -11,6 +11,7 @@ class HyCollisionGeometryState;
 class HyConstraintState;
 class HyPartState;
 class HyUniverse;
+struct HyContactHistory;
 
 /// What HyUniverse::createState() has captured; owned by the caller.
 class HY_API HyUniverseState {
@@ -37,6 +38,11 @@ private:
     std::vector<std::unique_ptr<HyPartState>> mParts; ///< in the order of the parts' creation
     std::vector<std::unique_ptr<HyConstraintState>> mConstraints;
     HyVector3 mGravity; ///< m/s²
+    // Most contacts of a pair, by the requests of the ids 0.
+    unsigned mPartPartContactCount = 0;
+    unsigned mPartSensorContactCount = 0;
+    unsigned mSensorSensorContactCount = 0;
+    std::unique_ptr<HyContactHistory> mContacts;
     bool mAutoSleep = true;
     bool mEnableIntersectSubscribersOnRestore = false;
 };
