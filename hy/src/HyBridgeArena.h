@@ -52,7 +52,7 @@ struct HyBridge::Arena {
     std::vector<ColContact> buffer;          ///< of the pair at hand
     Merged merged;                           ///< in batch mode
     ColTriangleList* triangleList = nullptr; ///< lent to the unit while it runs
-    KitMessageQueue messages; ///< of generators, which may run on a worker
+    KitMessageQueue messages;                ///< of generators, which may run on a worker
     HyReal safeTime = 0;
     int overrun = 0; ///< pairs whose buffer had to grow
 

@@ -59,6 +59,7 @@ struct BoxCylinderTest {
     bool testFlat(AxisSearch* search) const noexcept;
     bool testSide(AxisSearch* search) const noexcept;
     bool testRims(AxisSearch* search) const noexcept;
+    bool testPiercingEdges(AxisSearch* search) const noexcept;
     bool offerCurved(AxisSearch* search, const lsVec3& direction, int code) const noexcept {
         return search->offer(direction, direction.dot(cylinder.centre), boxExtent(radii, direction),
                              cylinder.extent(direction), code, advantage);
@@ -129,6 +130,36 @@ bool BoxCylinderTest::testRims(AxisSearch* search) const noexcept {
         if (direction.normalize() > kMinDirectionLength &&
             !offerCurved(search, direction, kOverlapRims))
             return false;
+    }
+    return true;
+}
+
+// The features that face each other along the best axis so far need not be those that meet: an edge
+// that runs through the cylinder is tried against the rim next to it.
+bool BoxCylinderTest::testPiercingEdges(AxisSearch* search) const noexcept {
+    const lsVec3 y = cylinder.axis.cross(cylinder.xAxis);
+    const auto inCylinder = [&](const lsVec3& d) {
+        return lsVec3(d.dot(cylinder.xAxis), d.dot(y), d.dot(cylinder.axis));
+    };
+    for (int i = 0; i < 3; ++i) {
+        const int u = (i + 1) % 3, v = (i + 2) % 3;
+        const lsVec3 half = inCylinder(radii[i] * unitAxis(i));
+        for (int k = 0; k < 4; ++k) {
+            lsVec3 middle;
+            middle[u] = k & 1 ? radii[u] : -radii[u];
+            middle[v] = k & 2 ? radii[v] : -radii[v];
+            const Segment edge{inCylinder(middle - cylinder.centre), half};
+            KitReal t0 = -1, t1 = 1;
+            if (!SegmentCylinderIntersectWithOutput(edge, cylinder.radius, cylinder.halfHeight, &t0,
+                                                    &t1))
+                continue;
+            const KitReal side = edge.at(0.5 * (t0 + t1))[2] < 0 ? -1 : 1;
+            const lsVec3 rim = cylinder.centre + side * cylinder.halfHeight * cylinder.axis;
+            lsVec3 direction;
+            if (RimNormalSeenAlong(unitAxis(i), rim, cylinder, middle, &direction) &&
+                !offerCurved(search, direction, kOverlapSideRim))
+                return false;
+        }
     }
     return true;
 }
@@ -348,7 +379,8 @@ bool OverlapOBBCyl(OverlapAxis* out, KitReal eps, const lsVec3& radii,
     AxisSearch search{out, eps};
     const BoxCylinderTest test{radii, cylinder,
                                kCurvedAdvantage * (cylinder.radius + cylinder.halfHeight)};
-    const bool overlap = test.testFlat(&search) && test.testSide(&search) && test.testRims(&search);
+    const bool overlap = test.testFlat(&search) && test.testSide(&search) &&
+                         test.testRims(&search) && test.testPiercingEdges(&search);
     int flat = 0;
     for (int i = 0; i < 3; ++i)
         flat += std::abs(out->normal[i]) < 1e-10;
