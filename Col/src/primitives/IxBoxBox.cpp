@@ -117,8 +117,8 @@ void ColBoxBoxSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult* r
 void ColBoxBoxRegisterInteraction() {
     ColInteractionTableSetElement(kColBox, kColBox,
                                   {.helloFn = beginOrEnd,
-         .goodbyeFn = beginOrEnd,
-         .intersectFn = ColBoxBoxIntersect,
-         .safetimeFn = ColBoxBoxSafeTime},
-        nullptr);
+                                   .goodbyeFn = beginOrEnd,
+                                   .intersectFn = ColBoxBoxIntersect,
+                                   .safetimeFn = ColBoxBoxSafeTime},
+                                  nullptr);
 }
