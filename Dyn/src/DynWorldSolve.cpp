@@ -5,6 +5,7 @@
 #include <Dyns/DynsConstraintFrames.h>
 #include <Dyns/DynsConstraints.h>
 #include <Kit/KitMatrix4.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 
@@ -124,6 +125,7 @@ bool solveSlice(DynWorld* world, int start, int end) {
 } // namespace
 
 void pre_process_partition(DynWorldThreadData* data) {
+    const KitProfileScope zone("dynamics: pack");
     DynWorld* world = data->w;
     DynPartitionOutput& output = world->partitionOutput;
     const int p = data->partitionID;
@@ -148,6 +150,7 @@ void pre_process_partition(DynWorldThreadData* data) {
 }
 
 void post_process_partition(DynWorldThreadData* data) {
+    const KitProfileScope zone("dynamics: unpack");
     DynWorld* world = data->w;
     DynPartitionOutput& output = world->partitionOutput;
     const int p = data->partitionID;

@@ -5,6 +5,7 @@
 #include <Dyn/DynBodyForce.h>
 #include <Dyn/DynPartition.h>
 #include <Kit/KitMessage.h>
+#include <Kit/KitProfile.h>
 
 #include <cmath>
 
@@ -42,12 +43,17 @@ void sumRows(DynPartitionOutput& output) {
     }
 }
 
+void updatePartitions(DynWorld* world) {
+    const KitProfileScope zone("dynamics: partition");
+    DynPartitionUpdate(world->enabledBodyHead, &world->partitionOutput,
+                       &world->partition_parameters);
+}
+
 void solveStep(DynWorld* world) {
     DynWorldUpdateConstraintParameters(world);
     resizeIfNeeded(world);
     prepareForOtherPartitioner(world);
-    DynPartitionUpdate(world->enabledBodyHead, &world->partitionOutput,
-                       &world->partition_parameters);
+    updatePartitions(world);
     DynBodyForceUpdateEnabled(world);
     sumRows(world->partitionOutput);
     if (DynWorldSolve(world) && world->partition_parameters.auto_disable)

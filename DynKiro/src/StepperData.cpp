@@ -5,6 +5,7 @@
 #include <Dyns/DynsConstraintFrames.h>
 #include <Dyns/DynsConstraints.h>
 #include <Kit/KitMemoryPool.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 
@@ -81,6 +82,7 @@ void StepperData::postSync() {
 }
 
 void StepperData::solveAlone(int index) {
+    const KitProfileScope zone("dynamics: island");
     setUp(index);
     do
         runPass();

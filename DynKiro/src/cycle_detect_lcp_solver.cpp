@@ -8,6 +8,7 @@
 #include <Dyns/DynsParameters.h>
 #include <Kit/KitMemoryPool.h>
 #include <Kit/KitMessage.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -150,6 +151,7 @@ double tightRoadFlops(const Problem& p) {
 }
 
 void solvePass(Problem& p) {
+    const KitProfileScope zone("direct: pass");
     listTightRows(p);
     const bool tightRoad = p.tightCount == 0 || tightRoadFlops(p) < p.m->freeRowsFlops(p.index_set);
     for (int k = 0; k < p.tightCount; ++k)

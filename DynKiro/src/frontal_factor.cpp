@@ -2,6 +2,7 @@
 
 #include <Dyns/DynsBody.h>
 #include <Dyns/DynsConstraints.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 #include <functional>
@@ -222,6 +223,7 @@ void DynsFrontalFactor::factorNode(const DynsConstraints& c, int node, Scratch& 
 void DynsFrontalFactor::factor(const DynsConstraints& c, const DynsConstraintGraph& graph,
                                const DynsEliminationTree& tree, const int* index_set, bool samePlan,
                                KitThreadPool* pool) {
+    const KitProfileScope zone("direct: factor");
     mGraph = &graph;
     mTree = &tree;
     if (!samePlan)

@@ -8,6 +8,7 @@
 #include <Dyns/DynsParameters.h>
 #include <Dyns/smv_boxed_keller.h>
 #include <Kit/KitMemoryPool.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 #include <new>
@@ -31,6 +32,7 @@ void itr_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsP
     lcp_solver = smv_boxed_keller;
     b = B;
     nb = NB;
+    const KitProfileScope zone("sweeps: set up");
     KitMemoryPool* pool = p->memory_pool_handler;
     auto* place = takePoolArray<DynsBlockSweeps>(pool, 1, "block sweeps");
     const bool large = p->iterative_rows_threshold > 0 && n > p->iterative_rows_threshold;
@@ -41,6 +43,7 @@ void itr_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsP
 }
 
 int itr_constraint_solver::solve() {
+    const KitProfileScope zone("sweeps: solve");
     const DynsLCPSolverParameters& parameters = p->lcp_parameters;
     mSweeps->solve({.sweeps = std::max(parameters.it_ct_solver_max_it, 0) + 1,
                     .tolerance = parameters.it_ct_solver_tol},

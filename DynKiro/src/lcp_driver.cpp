@@ -7,6 +7,7 @@
 #include <Dyns/DynsParameters.h>
 #include <Kit/KitMemoryPool.h>
 #include <Kit/KitMessage.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 #include <cmath>
@@ -45,6 +46,7 @@ struct SolveOnce {
     }
 
     void sweepFromZero() const {
+        const KitProfileScope zone("direct: sweeps of a fallback");
         ++c->unconverged_solves;
         ++c->fallback_solves;
         p->memory_pool_handler->push();
@@ -121,6 +123,7 @@ int scale_box_lcp_data(int n, const KitReal* lambda, KitReal* lower, KitReal* up
 
 int solve_lcp_system(LCPMatrix* m, DynsConstraints* c, DynsParameters* p,
                      lcp_solver_function_ptr lcp_solver) {
+    const KitProfileScope zone("direct: solve");
     SolveOnce solve{m, c, p, lcp_solver};
     int count = solve();
     if (c->use_scaled_box_friction != 0)

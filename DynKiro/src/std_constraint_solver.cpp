@@ -3,6 +3,7 @@
 #include <Dyns/DynsConstraintSolverRegistry.h>
 #include <Dyns/DynsConstraints.h>
 #include <Dyns/lcp.h>
+#include <Kit/KitProfile.h>
 
 namespace {
 
@@ -22,6 +23,7 @@ void std_constraint_solver::setup(int N, LCPMatrix* M, DynsConstraints* C, DynsP
     nb = NB;
     if (!m)
         return;
+    const KitProfileScope zone("direct: assemble");
     m->allocate(c->n_constraint_rows);
     m->calcJinvMJT(c);
     m->factorize();

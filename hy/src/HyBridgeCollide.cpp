@@ -15,6 +15,7 @@
 #include <Hy/HyIntersectResult.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
+#include <Kit/KitProfile.h>
 
 #include <algorithm>
 #include <array>
@@ -111,6 +112,7 @@ void HyBridge::updateTransitions() {
 }
 
 void HyBridge::handleTransitions() {
+    const KitProfileScope zone("contacts: pairs that begin and end");
     for (int i = mPairs->goodbyeFirst; i < mPairs->goodbyeEnd; ++i)
         if (mPairs->array[i])
             sayGoodbye(mPairs->array[i]);
@@ -287,6 +289,7 @@ std::size_t HyBridge::unitEnd(std::size_t from, std::size_t end) const {
 }
 
 void HyBridge::collide(std::size_t first, std::size_t end, HyReal time, Arena& arena) const {
+    const KitProfileScope zone("contacts: intersect");
     arena.clear();
     arena.safeTime = time;
     const KitMessageQueue::Scope messages(arena.messages);
@@ -403,6 +406,7 @@ bool HyBridge::bothRest(const ColModel* model1, const ColModel* model2) {
 // In the order of the pairs, whatever that of their intersections was. In batch mode a pair may have
 // two results, and they stand in order.
 void HyBridge::respond(std::size_t units) {
+    const KitProfileScope zone("contacts: respond");
     mWaiting.clear();
     if (!mBatchPartPairContact)
         mWaiting.resize(mOrder.size(), nullptr);

@@ -5,6 +5,8 @@
 #include <Hy/HyTimer.h>
 #include <Hy/HyUniverse.h>
 
+#include <Kit/KitProfile.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -36,6 +38,7 @@ struct HyFrame::StepGuard {
 void HyFrame::step() {
     if (refuseInsideStep("step"))
         return;
+    const KitProfileScope zone("HyFrame::step");
     const StepGuard guard(*this, mSteppers);
     if (mAutomaticTimeStep)
         followWallClock();

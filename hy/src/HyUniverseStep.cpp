@@ -11,6 +11,7 @@
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynWorld.h>
+#include <Kit/KitProfile.h>
 
 // The phases of a universe. A step visits the awake bodies and the parts that asked for it: what
 // sleeps costs nothing.
@@ -29,7 +30,8 @@ void forEachEnabledBody(const DynWorld& world, Call call) {
 } // namespace
 
 template <typename Stage>
-void HyUniverse::measure(HyReal& milliseconds, Stage stage) {
+void HyUniverse::measure(HyReal& milliseconds, const char* name, Stage stage) {
+    const KitProfileScope zone(name);
     mTimer.reset();
     mTimer.start();
     stage();
@@ -39,7 +41,7 @@ void HyUniverse::measure(HyReal& milliseconds, Stage stage) {
 void HyUniverse::preUpdateImpl() {
     mUniverseTimings = UniverseTimings();
     mStepping = false;
-    measure(mUniverseTimings.preStepParts, [this] { preStepParts(); });
+    measure(mUniverseTimings.preStepParts, "parts before", [this] { preStepParts(); });
 }
 
 // Loads are saved for later substeps once all parts have had their say.
@@ -56,14 +58,14 @@ void HyUniverse::detectCollisionsImpl(HyReal dt) {
     stepCollisionRules();
     HyFrame* frame = HyFrame::instance();
     mSpace->SetThreadPool(mBroadPhaseMultithreaded ? frame->getThreadPool() : nullptr);
-    measure(mUniverseTimings.collisionDetectionBroadPhase,
+    measure(mUniverseTimings.collisionDetectionBroadPhase, "broad phase",
             [this, dt] { ColSpacePathUpdateAll(mSpace, dt); });
     mBridge->resetAccumulatedIntersectSubscriberTime();
-    measure(mUniverseTimings.collisionDetectionContactGeneration,
+    measure(mUniverseTimings.collisionDetectionContactGeneration, "contacts",
             [this, dt] { mBridge->updateContacts(dt); });
     mUniverseTimings.intersectSubscribers =
         kMillisecondsPerSecond * mBridge->getAccumulatedIntersectSubscriberTime();
-    measure(mUniverseTimings.updateSubscribers, [this] {
+    measure(mUniverseTimings.updateSubscribers, "update subscribers", [this] {
         mUpdateSubscriberList.forEach(
             [this](UpdateSubscriber& subscriber) { subscriber.update(this); });
     });
@@ -71,7 +73,7 @@ void HyUniverse::detectCollisionsImpl(HyReal dt) {
 
 void HyUniverse::advanceKinematicsImpl(HyReal dt) {
     mStepping = true;
-    measure(mUniverseTimings.advanceKinematics, [this, dt] {
+    measure(mUniverseTimings.advanceKinematics, "kinematics", [this, dt] {
         if (dt > 0)
             saveLockTargets();
         DynWorldUpdateKinematicConstraint(mWorld, dt);
@@ -101,7 +103,7 @@ void HyUniverse::solveDynamicsImpl(HyReal dt) {
     mStepping = true;
     mUserContacts->resolveFriction();
     mSavedCoordinates->saveSlips(*mWorld);
-    measure(mUniverseTimings.solveDynamics, [this, dt] { DynWorldStep(mWorld, dt); });
+    measure(mUniverseTimings.solveDynamics, "dynamics", [this, dt] { DynWorldStep(mWorld, dt); });
 }
 
 void HyUniverse::revertDynamicsImpl() {
@@ -132,14 +134,14 @@ void HyUniverse::restoreExternalForcesForSubstepping() {
 
 void HyUniverse::advanceDynamicsImpl(HyReal) {
     mStepping = true;
-    measure(mUniverseTimings.integrate, [this] { DynWorldIntegrate(mWorld); });
+    measure(mUniverseTimings.integrate, "integrate", [this] { DynWorldIntegrate(mWorld); });
     mStepping = false;
 }
 
 void HyUniverse::postUpdateImpl() {
     mStepping = false;
     mUserContacts->disableAll();
-    measure(mUniverseTimings.postStepParts, [this] { postStepParts(); });
+    measure(mUniverseTimings.postStepParts, "parts after", [this] { postStepParts(); });
     mFirstStep = false;
 }
 

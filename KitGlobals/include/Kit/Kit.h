@@ -14,3 +14,4 @@
 #include <Kit/KitMessage.h>
 #include <Kit/KitMessageQueue.h>
 #include <Kit/KitPool.h>
+#include <Kit/KitProfile.h>

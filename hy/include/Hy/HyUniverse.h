@@ -469,7 +469,7 @@ private:
     void applyCollisionRules(const std::vector<HyCollisionGeometry*>& geometries, bool all);
     [[nodiscard]] bool hasResponsePair(int id1, int id2, const char* operation) const;
     template <typename Stage>
-    void measure(HyReal& milliseconds, Stage stage);
+    void measure(HyReal& milliseconds, const char* name, Stage stage);
     void preStepParts();
     void postStepParts();
     void saveLockTargets();
