@@ -102,7 +102,7 @@ TEST_F(KitProfileTest, TraceHoldsTheZonesToTheNanosecond) {
         << text;
     EXPECT_NE(text.find(duration), text.npos) << text;
     EXPECT_TRUE(std::regex_match(
-        text, std::regex("\\{\"traceEvents\":\\[(\\s*,?\\{[^\\n]*\\})*\\s*\\]\\}\\s*")));
+        text, std::regex("\\{\"traceEvents\":\\[(,?\\s*\\{[^\\n]*\\})*\\s*\\]\\}\\s*")));
 }
 
 TEST_F(KitProfileTest, TraceThatCannotBeWrittenIsWarnedOf) {
