@@ -40,7 +40,7 @@ private:
     std::unique_ptr<btRigidBody> mGround;
 };
 
-/// Trees of reduced coordinates; null for a scene whose joints form loops.
+/// Trees of reduced coordinates; null for a scene without joints, or whose joints slide or form loops.
 [[nodiscard]] std::unique_ptr<Engine> makeMultiBodyEngine(const Scene& scene,
                                                           const Variant& variant);
 

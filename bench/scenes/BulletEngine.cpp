@@ -109,14 +109,16 @@ private:
         mJoints.push_back(std::move(made));
     }
 
+    // Its angle is that of a relative to b.
     std::unique_ptr<btTypedConstraint> makeHinge(const Joint& joint) {
         auto hinge = std::make_unique<btHingeConstraint>(
             bodyOf(joint.a), bodyOf(joint.b), anchorIn(joint.a, joint), anchorIn(joint.b, joint),
             axisIn(joint.a, joint), axisIn(joint.b, joint));
         if (joint.limited)
-            hinge->setLimit(static_cast<btScalar>(joint.lower), static_cast<btScalar>(joint.upper));
+            hinge->setLimit(static_cast<btScalar>(-joint.upper),
+                            static_cast<btScalar>(-joint.lower));
         if (joint.motor)
-            hinge->enableAngularMotor(true, static_cast<btScalar>(joint.speed),
+            hinge->enableAngularMotor(true, static_cast<btScalar>(-joint.speed),
                                       static_cast<btScalar>(joint.bound * mScene.dt / mSubsteps));
         return hinge;
     }

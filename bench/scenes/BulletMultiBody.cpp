@@ -234,7 +234,7 @@ private:
 
 std::unique_ptr<Engine> makeMultiBodyEngine(const Scene& scene, const Variant& variant) {
     std::vector<Tree> trees;
-    if (!findTrees(scene, trees))
+    if (scene.joints.empty() || !findTrees(scene, trees))
         return nullptr;
     return std::make_unique<MultiBodyEngine>(scene, variant, trees);
 }
