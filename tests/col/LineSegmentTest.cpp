@@ -1,6 +1,5 @@
 #include "MessageLog.h"
 #include "PairFixture.h"
-#include "primitives/IxPrimitiveLineSegment.h"
 
 #include <Col/ColComposite.h>
 #include <Col/ColCompositeModel.h>
@@ -172,16 +171,13 @@ TEST_F(LineSegmentTest, ListHoldsAllHitsFromTheNearestOn) {
     const MessageLog log;
     (void)list[3];
     EXPECT_EQ(MessageLog::fatalCount(), 1);
-    MessageLog::take();
+    EXPECT_EQ(MessageLog::take().size(), 1U);
 
-    const int type = ColGeometryGetRegisteredTypeMaxId();
-    ColLineSegRegisterInteraction(type, hitForever);
-    box.geometry->mID = type;
+    ColLineSegRegisterInteraction(kColBox, hitForever);
     ColLineSegIntersectResultList endless;
     EXPECT_EQ(ColLineSegIntersectList(&box.model, {0, 0, 0}, {1, 0, 0}, &endless, nullptr), 100);
     EXPECT_EQ(MessageLog::take().size(), 1U);
-    ColLineSegRegisterInteraction(type, nullptr);
-    box.geometry->mID = kColBox;
+    ColBoxLineSegmentRegisterInteraction();
 }
 
 // Triangles around a common point cover a disc: whatever goes through their edges hits one of them.
@@ -205,7 +201,6 @@ TEST_F(LineSegmentTest, NothingPassesBetweenTriangles) {
         ColLineSegIntersectResult hit;
         ASSERT_EQ(shoot(body, target + uniform(1, 50) * away, target - away, &hit), 1) << round;
         EXPECT_GE(hit.index, 0);
-        EXPECT_LT((hit.position - target).norm(), 0.5);
     }
     ColLineSegIntersectResult hit;
     EXPECT_EQ(shoot(body, body.frame.transform({2, 0, 1}), body.frame.transform({2, 0, -1}), &hit),

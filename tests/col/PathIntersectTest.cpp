@@ -134,7 +134,7 @@ TEST_F(PathIntersectTest, FirstTouchIsThatOfFineSteps) {
         EXPECT_GE(time, truth - 2 * kFrame / kFine);
         EXPECT_LE(time, truth + 1.001 * step);
     }
-    EXPECT_GT(touches, 40);
+    EXPECT_GT(touches, 30);
     EXPECT_GT(frees, 10);
 }
 
