@@ -3,8 +3,9 @@
 // meets a pole in the same way.
 #include <Hy/Hy.h>
 
-#include <cmath>
+#include <algorithm>
 #include <cstdio>
+#include <vector>
 
 namespace {
 
@@ -26,28 +27,33 @@ Hy::HyFrame* begin(bool continuous) {
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(kStep);
     frame->setContinuousCollisionDetection(continuous);
+    frame->getUniverse().setDynamicsMultithreaded(false);
     frame->getUniverse().setGravity(0, 0, 0);
     return frame;
 }
 
-// Shoots one bullet at a wall and answers whether it came through.
-bool comesThrough(bool continuous, bool isBall, int bullet) {
+// Shoots a row of bullets at a wall and answers how many come through.
+int countThrough(bool continuous, bool isBall) {
     Hy::HyFrame* frame = begin(continuous);
     Hy::HyUniverse& universe = frame->getUniverse();
-    add(universe, 0, new Hy::HyBox(kThickness, 4, 4), {0, 0, 0});
-    Hy::HyGeometry* shape = isBall ? static_cast<Hy::HyGeometry*>(new Hy::HySphere(0.005))
-                                   : new Hy::HyBox(0.01, 0.1, 0.1);
-    // Each starts elsewhere, so that the wall lies at another share of a step.
-    Hy::HyPart* part = add(universe, 0.01, shape, {-4 - 0.21 * bullet, 0.3, 0.2});
-    part->setLinearVelocity(kSpeed, 0, 0);
-    part->setFastMoving(continuous);
-    bool through = false;
-    for (int i = 0; i < 6; ++i) {
-        frame->step();
-        through = through || part->getPosition()[0] > 0;
+    add(universe, 0, new Hy::HyBox(kThickness, kBullets, 4), {0, 0, 0});
+    std::vector<Hy::HyPart*> bullets;
+    for (int i = 0; i < kBullets; ++i) {
+        Hy::HyGeometry* shape = isBall ? static_cast<Hy::HyGeometry*>(new Hy::HySphere(0.005))
+                                       : new Hy::HyBox(0.01, 0.1, 0.1);
+        // Each starts elsewhere, so that it reaches the wall at another share of a step.
+        bullets.push_back(
+            add(universe, 0.01, shape, {-4 - 0.21 * i, 0.9 * (i - kBullets / 2), 0.2}));
+        bullets.back()->setLinearVelocity(kSpeed, 0, 0);
+        bullets.back()->setFastMoving(continuous);
     }
+    for (int i = 0; i < 6; ++i)
+        frame->step();
+    const auto through = std::count_if(bullets.begin(), bullets.end(), [](const Hy::HyPart* part) {
+        return part->getPosition()[0] > 0;
+    });
     Hy::HyFrame::release();
-    return through;
+    return static_cast<int>(through);
 }
 
 // Spin of a rod after the step in which half a turn would have carried it past a pole, as a share.
@@ -72,8 +78,7 @@ int main() {
     int through[2][2] = {};
     for (const bool isBall : {true, false}) {
         for (const bool continuous : {false, true})
-            for (int i = 0; i < kBullets; ++i)
-                through[isBall][continuous] += comesThrough(continuous, isBall, i);
+            through[isBall][continuous] = countThrough(continuous, isBall);
         std::printf("%-20s of %2d %12d %10d\n", isBall ? "balls through" : "plates through",
                     kBullets, through[isBall][0], through[isBall][1]);
     }
