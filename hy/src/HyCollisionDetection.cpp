@@ -11,6 +11,7 @@
 #include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyIntersectFilter.h>
+#include <Hy/HyLineSegIntersectSub.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
 
@@ -32,6 +33,10 @@ bool isPairEnabled(HyIntersectFilter* filter, ColModel* model1, ColModel* model2
 
 ColRequest* partPartRequest(HyBridge* bridge, int id1, int id2) {
     return bridge ? bridge->getPartPartColRequest(id1, id2) : nullptr;
+}
+
+ColLineSegAction notifyLineSeg(HyLineSegIntersectSub* subscriber, HyCollisionGeometry* geometry) {
+    return static_cast<ColLineSegAction>(subscriber->notify(geometry));
 }
 
 void applyTolerance() {
@@ -57,6 +62,7 @@ void HyCollisionDetection_INCREF() {
     ColHost host;
     host.isPairEnabled = isPairEnabled;
     host.partPartRequest = partPartRequest;
+    host.notifyLineSeg = notifyLineSeg;
     ColSetHost(host);
     applyTolerance();
     sDefaultRequest = std::make_unique<HyCollisionPairRequest>();

@@ -158,14 +158,16 @@ TEST_F(PairTest, NoContactsWantedStillTellsTouch) {
     }
 }
 
-// A pair that closes at its velocities touches no earlier than its safe time.
+// A pair that closes at its velocities and accelerations touches no earlier than its safe time.
 TEST_F(PairTest, NothingTouchesBeforeTheSafeTime) {
     for (const Combination& c : kCombinations) {
         Body a(c.a.make(), randomRotation()), b(c.b.make(), randomRotation());
         a.frame.t() = 3 * (c.b.make == kPlane.make ? b.frame.axis(2) : randomUnit());
         const lsVec3 velocity = -2 * a.frame.t(), spin = randomUnit();
         a.model.linearVelocity = velocity.v;
+        const lsVec3 pull = -3 * a.frame.t() + randomUnit();
         a.model.angularVelocity = spin.v;
+        a.model.linearAcceleration = pull.v;
         ColModelPair pair{.model1 = &a.model, .model2 = &b.model};
         ColHello(&pair);
         ColSafeTimeResult safe;
@@ -173,15 +175,8 @@ TEST_F(PairTest, NothingTouchesBeforeTheSafeTime) {
             continue;
         SCOPED_TRACE(std::string(c.a.name) + c.b.name + std::to_string(safe.time));
         EXPECT_GT(safe.time, 0.05);
-        lsTransform later = a.frame;
-        const lsVec3 turnAxis = spin;
-        for (int i = 0; i < 3; ++i) { // Rodrigues
-            const lsVec3& r = a.frame.axis(i);
-            const KitReal angle = safe.time;
-            later.axis(i) = std::cos(angle) * r + std::sin(angle) * turnAxis.cross(r) +
-                            (1 - std::cos(angle)) * turnAxis.dot(r) * turnAxis;
-        }
-        later.t().addMultiple(safe.time, velocity);
+        lsTransform later;
+        ASSERT_TRUE(ColModelExtrapolateTransform(&a.model, safe.time, &later));
         a.model.mGlobalTM = &later;
         EXPECT_GE(trueSeparation(a.model, b.model), -1e-9);
     }

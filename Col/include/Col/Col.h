@@ -16,6 +16,7 @@
 #include <Col/ColModelFunctions.h>
 #include <Col/ColModelPair.h>
 #include <Col/ColModelPairContainer.h>
+#include <Col/ColPathIntersect.h>
 #include <Col/ColRequest.h>
 #include <Col/ColScratch.h>
 #include <Col/ColSimplify.h>

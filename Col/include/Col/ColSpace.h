@@ -2,12 +2,17 @@
 #include <Col/CxSpace.h>
 #include <Kit/KitApi.h>
 #include <Kit/KitTypes.h>
+#include <Kit/lsVec3.h>
 
 #include <cstddef>
 
+struct ColLineSegIntersectResult;
 struct ColModel;
 struct ColModelPair;
 struct ColModelPairContainer;
+namespace Hy {
+class HyLineSegIntersectSub;
+}
 
 /// Mask of all three axes.
 constexpr unsigned ColAllAxes = 7;
@@ -101,3 +106,15 @@ HY_API int ColSpaceGetPairsIncludingFrozen(CxSpace* space, ColSpacePairIterator*
 /// The goodbye and hello pairs alone.
 HY_API int ColSpaceGetTransitions(CxSpace* space, ColSpacePairIterator* iter,
                                   ColModelPairContainer* a);
+
+/// Nearest hit of a segment with the enabled models of a space, of equally near ones that with the
+/// oldest model; see ColLineSegIntersect(). A plane that is hit from below counts with the magnitude
+/// of its distance. Models that moved since their boxes were taken may be missed:
+/// ColSpaceUpdateAll() before a series of queries takes them anew.
+/// @param result its anyHit ends the search at the first hit found
+/// @param subscriber asked for each model near the segment and for children of composites, in no
+/// particular order, not owned, may be null
+/// @return 0 for no hit
+HY_API int ColSpaceLineSegIntersect(const CxSpace* space, const lsVec3& start, const lsVec3& end,
+                                    ColLineSegIntersectResult* result,
+                                    Hy::HyLineSegIntersectSub* subscriber);

@@ -15,6 +15,11 @@ class KitThreadPool;
 using BoundsUpdateCb = void (*)(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner,
                                 KitReal duration);
 
+/// What a walk along a segment asks of a model whose box the segment enters.
+/// @return distance from the start beyond which no more models are of interest, m; negative ends the
+/// walk
+using CxSegmentCb = KitReal (*)(ColModel* model, void* data);
+
 /// Record of two models whose boxes overlap, from hello to goodbye; it stays in place.
 struct CxPairLink {
     ColModelPair mPair;
@@ -86,6 +91,13 @@ public:
 
     /// The box that a model has in the space; false if there is none.
     virtual bool GetBox(int id, lsVec3* min, lsVec3* max) const = 0;
+    /// Calls back for each model that is not parked and whose box a segment enters, about from near to
+    /// far, in an order that depends on the space alone. Boxes are those of the last update; inside
+    /// a change interval the models that came or left their place in the trees are tried one by one.
+    /// The space
+    /// must not be changed meanwhile; without changes, walks of several threads may run at once.
+    virtual void WalkSegment(const lsVec3& start, const lsVec3& end, CxSegmentCb visit,
+                             void* data) const = 0;
     /// Gives a model a box, padding included, until its next update. Opens an interval if need be and
     /// leaves it open.
     virtual void SetBox(int id, const lsVec3& min, const lsVec3& max) = 0;

@@ -3,6 +3,7 @@
 #include <Col/ColModelFunctions.h>
 #include <Col/ColRequest.h>
 #include "ColFrameTables.h"
+#include "ColMovedPair.h"
 
 #include <utility>
 
@@ -40,20 +41,6 @@ void nameModels(const ColModelPair& pair, ColIntersectResult& result) {
         result.contacts[i].model2 = pair.model2;
     }
 }
-
-/// A model at another time, on the stack: shared models are never moved.
-struct MovedModel {
-    lsTransform transform;
-    ColModel model;
-
-    MovedModel(const ColModel& original, KitReal time) : model(original) {
-        ColModelExtrapolateTransform(&original, time, &transform);
-        model.mGlobalTM = &transform;
-        model.mTransformUpdateFn = nullptr;
-        lsVec3 minCorner, maxCorner;
-        ColGeometryGetAABB(model.mGeometry, &transform, &minCorner, &maxCorner, model.mBounds);
-    }
-};
 } // namespace
 
 bool ColNearby(ColModelPair* pair) {
@@ -79,22 +66,10 @@ int ColIntersect(ColModelPair* pair, ColIntersectResult* result) {
 int ColIntersectAt(ColModelPair* pair, ColIntersectResult* result, KitReal time) {
     if (!isReady(pair, result, " in ColIntersectAt."))
         return 0;
-    MovedModel moved1(*pair->model1, time), moved2(*pair->model2, time);
-    ColModelPair moved = *pair;
-    moved.model1 = &moved1.model;
-    moved.model2 = &moved2.model;
-    const int served = ColIntersect(&moved, result);
-    pair->m_cachedData = moved.m_cachedData;
-    pair->m_flags = moved.m_flags;
-
-    const auto original = [&](ColModel* m) {
-        return m == &moved1.model ? pair->model1 : m == &moved2.model ? pair->model2 : m;
-    };
-    for (int i = 0; i < result->contactCount; ++i) {
-        result->contacts[i].model1 = original(result->contacts[i].model1);
-        result->contacts[i].model2 = original(result->contacts[i].model2);
-    }
-    result->pair = pair;
+    ColMovedPair moved(pair);
+    moved.moveTo(time);
+    const int served = ColIntersect(moved.pair(), result);
+    moved.nameOriginals(result);
     result->safeTime = time;
     return served;
 }

@@ -1,6 +1,7 @@
 #include <Col/ColCompositeModel.h>
 #include <Col/ColMessage.h>
 #include <Col/ColModelFunctions.h>
+#include "ColMovedPair.h"
 
 #include <algorithm>
 #include <cmath>
@@ -17,8 +18,14 @@ KitReal sagitta(KitReal radius, KitReal theta) {
     return theta >= std::numbers::pi ? 2 * radius : radius * (1 - std::cos(0.5 * theta));
 }
 
-/// How far an arc may leave the joined boxes of its ends, m.
-KitReal strayDistance(const ColModel& model, KitReal duration) {
+bool hasVelocities(const ColModel& model) {
+    return model.linearVelocity && model.angularVelocity;
+}
+} // namespace
+
+KitReal ColModelStrayDistance(const ColModel& model, KitReal duration) {
+    if (!hasVelocities(model))
+        return 0;
     const KitReal theta = lsVec3::constCast(model.angularVelocity).norm() * std::abs(duration);
     lsVec3 centre;
     KitReal radius = 0;
@@ -31,11 +38,6 @@ KitReal strayDistance(const ColModel& model, KitReal duration) {
             : 0;
     return sagitta(reach, theta) + bend;
 }
-
-bool hasVelocities(const ColModel& model) {
-    return model.linearVelocity && model.angularVelocity;
-}
-} // namespace
 
 void ColModelGetAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner) {
     if (!model) {
@@ -60,7 +62,7 @@ void ColModelGetPathAABB(ColModel* model, lsVec3* minCorner, lsVec3* maxCorner,
     ColModelExtrapolateTransform(model, motionDuration, &end);
     lsVec3 endMin, endMax;
     ColGeometryGetAABB(model->mGeometry, &end, &endMin, &endMax, nullptr);
-    const KitReal stray = strayDistance(*model, motionDuration);
+    const KitReal stray = ColModelStrayDistance(*model, motionDuration);
     for (int i = 0; i < 3; ++i) {
         (*minCorner)[i] = std::min((*minCorner)[i], endMin[i]) - stray;
         (*maxCorner)[i] = std::max((*maxCorner)[i], endMax[i]) + stray;

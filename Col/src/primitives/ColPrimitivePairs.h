@@ -2,6 +2,7 @@
 #include <Col/ColInteractions.h>
 #include <Col/ColIntersectResult.h>
 #include <Col/ColModelPair.h>
+#include <Col/ColPathIntersect.h>
 #include <Kit/KitTypes.h>
 
 // Contact generators of pairs of primitives. A pair's models come in the order of its name. Each

@@ -5,6 +5,7 @@
 #include <Col/ColCone.h>
 #include <Col/ColCylinder.h>
 #include <Col/ColFrame.h>
+#include <Col/ColLineSeg.h>
 #include <Col/ColPlane.h>
 #include <Col/ColRequest.h>
 #include <Col/ColSimplify.h>
@@ -29,24 +30,31 @@ void ColPrimitivesRegisterInteractions() {
     ColBoxPlaneRegisterInteraction();
     ColBoxSphereRegisterInteraction();
     ColSpherePlaneRegisterInteraction();
+    ColBoxLineSegmentRegisterInteraction();
+    ColSphereLineSegmentRegisterInteraction();
+    ColPlaneLineSegmentRegisterInteraction();
     ColConePlaneRegisterInteraction();
     ColConeSphereRegisterInteraction();
     ColConeBoxRegisterInteraction();
     ColConeConeRegisterInteraction();
+    ColConeLineSegmentRegisterInteraction();
     ColBoxCylinderRegisterInteraction();
     ColCylinderPlaneRegisterInteraction();
     ColCylinderSphereRegisterInteraction();
     ColCylinderCylinderRegisterInteraction();
+    ColCylinderLineSegmentRegisterInteraction();
     ColConeCylinderRegisterInteraction();
     ColSphereTriangleListRegisterInteraction();
     ColBoxTriangleListRegisterInteraction();
     ColCylinderTriangleListRegisterInteraction();
+    ColTriangleListLineSegmentRegisterInteraction();
 }
 
 void ColCapsulePrimitiveRegisterInteraction() {
     ColCapsuleCapsuleRegisterInteraction();
     ColCapsuleSphereRegisterInteraction();
     ColCapsulePlaneRegisterInteraction();
+    ColCapsuleLineSegmentRegisterInteraction();
     ColBoxCapsuleRegisterInteraction();
     ColCylinderCapsuleRegisterInteraction();
     ColCapsuleTriangleListRegisterInteraction();

@@ -119,6 +119,7 @@ void ColBoxBoxRegisterInteraction() {
                                   {.helloFn = beginOrEnd,
                                    .goodbyeFn = beginOrEnd,
                                    .intersectFn = ColBoxBoxIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
                                    .safetimeFn = ColBoxBoxSafeTime},
                                   nullptr);
 }

@@ -24,7 +24,9 @@ void ColBoxCapsuleSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResul
 }
 
 void ColBoxCapsuleRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColBox, kColCapsule,
-        {.intersectFn = ColBoxCapsuleIntersect, .safetimeFn = ColBoxCapsuleSafeTime}, nullptr);
+    ColInteractionTableSetElement(kColBox, kColCapsule,
+                                  {.intersectFn = ColBoxCapsuleIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColBoxCapsuleSafeTime},
+                                  nullptr);
 }

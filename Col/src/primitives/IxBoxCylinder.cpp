@@ -75,7 +75,9 @@ void ColBoxCylinderSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResu
 }
 
 void ColBoxCylinderRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColBox, kColCylinder,
-        {.intersectFn = ColBoxCylinderIntersect, .safetimeFn = ColBoxCylinderSafeTime}, nullptr);
+    ColInteractionTableSetElement(kColBox, kColCylinder,
+                                  {.intersectFn = ColBoxCylinderIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColBoxCylinderSafeTime},
+                                  nullptr);
 }

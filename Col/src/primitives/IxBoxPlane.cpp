@@ -72,7 +72,9 @@ void ColBoxPlaneSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult*
 }
 
 void ColBoxPlaneRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColBox, kColPlane,
-        {.intersectFn = ColBoxPlaneIntersect, .safetimeFn = ColBoxPlaneSafeTime}, nullptr);
+    ColInteractionTableSetElement(kColBox, kColPlane,
+                                  {.intersectFn = ColBoxPlaneIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColBoxPlaneSafeTime},
+                                  nullptr);
 }

@@ -25,7 +25,9 @@ void ColBoxSphereSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult
 }
 
 void ColBoxSphereRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColBox, kColSphere,
-        {.intersectFn = ColBoxSphereIntersect, .safetimeFn = ColBoxSphereSafeTime}, nullptr);
+    ColInteractionTableSetElement(kColBox, kColSphere,
+                                  {.intersectFn = ColBoxSphereIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColBoxSphereSafeTime},
+                                  nullptr);
 }

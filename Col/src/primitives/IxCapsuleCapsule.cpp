@@ -24,8 +24,9 @@ void ColCapsuleCapsuleSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeR
 }
 
 void ColCapsuleCapsuleRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColCapsule, kColCapsule,
-        {.intersectFn = ColCapsuleCapsuleIntersect, .safetimeFn = ColCapsuleCapsuleSafeTime},
-        nullptr);
+    ColInteractionTableSetElement(kColCapsule, kColCapsule,
+                                  {.intersectFn = ColCapsuleCapsuleIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColCapsuleCapsuleSafeTime},
+                                  nullptr);
 }

@@ -51,6 +51,8 @@ int ColCapsulePlaneIntersect(ColModelPair* pair, ColIntersectResult* result) {
 }
 
 void ColCapsulePlaneRegisterInteraction() {
-    ColInteractionTableSetElement(kColCapsule, kColPlane, {.intersectFn = ColCapsulePlaneIntersect},
-                                  nullptr);
+    ColInteractionTableSetElement(
+        kColCapsule, kColPlane,
+        {.intersectFn = ColCapsulePlaneIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }

@@ -26,8 +26,9 @@ void ColCapsuleSphereSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeRe
 }
 
 void ColCapsuleSphereRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColCapsule, kColSphere,
-        {.intersectFn = ColCapsuleSphereIntersect, .safetimeFn = ColCapsuleSphereSafeTime},
-        nullptr);
+    ColInteractionTableSetElement(kColCapsule, kColSphere,
+                                  {.intersectFn = ColCapsuleSphereIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColCapsuleSphereSafeTime},
+                                  nullptr);
 }

@@ -103,8 +103,10 @@ int ColConePlaneIntersect(ColModelPair* pair, ColIntersectResult* result) {
 }
 
 void ColConePlaneRegisterInteraction() {
-    ColInteractionTableSetElement(kColCone, kColPlane, {.intersectFn = ColConePlaneIntersect},
-                                  nullptr);
+    ColInteractionTableSetElement(
+        kColCone, kColPlane,
+        {.intersectFn = ColConePlaneIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }
 
 int ColConeSphereIntersect(ColModelPair* pair, ColIntersectResult* result) {
@@ -124,8 +126,10 @@ int ColConeSphereIntersect(ColModelPair* pair, ColIntersectResult* result) {
 }
 
 void ColConeSphereRegisterInteraction() {
-    ColInteractionTableSetElement(kColCone, kColSphere, {.intersectFn = ColConeSphereIntersect},
-                                  nullptr);
+    ColInteractionTableSetElement(
+        kColCone, kColSphere,
+        {.intersectFn = ColConeSphereIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }
 
 int ColConeDisjointIntersect(ColModelPair* pair, ColIntersectResult* result) {
@@ -134,16 +138,22 @@ int ColConeDisjointIntersect(ColModelPair* pair, ColIntersectResult* result) {
 }
 
 void ColConeBoxRegisterInteraction() {
-    ColInteractionTableSetElement(kColCone, kColBox, {.intersectFn = ColConeDisjointIntersect},
-                                  nullptr);
+    ColInteractionTableSetElement(
+        kColCone, kColBox,
+        {.intersectFn = ColConeDisjointIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }
 
 void ColConeConeRegisterInteraction() {
-    ColInteractionTableSetElement(kColCone, kColCone, {.intersectFn = ColConeDisjointIntersect},
-                                  nullptr);
+    ColInteractionTableSetElement(
+        kColCone, kColCone,
+        {.intersectFn = ColConeDisjointIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }
 
 void ColConeCylinderRegisterInteraction() {
-    ColInteractionTableSetElement(kColCone, kColCylinder, {.intersectFn = ColConeDisjointIntersect},
-                                  nullptr);
+    ColInteractionTableSetElement(
+        kColCone, kColCylinder,
+        {.intersectFn = ColConeDisjointIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }

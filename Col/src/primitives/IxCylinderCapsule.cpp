@@ -24,8 +24,9 @@ void ColCylinderCapsuleSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTime
 }
 
 void ColCylinderCapsuleRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColCylinder, kColCapsule,
-        {.intersectFn = ColCylinderCapsuleIntersect, .safetimeFn = ColCylinderCapsuleSafeTime},
-        nullptr);
+    ColInteractionTableSetElement(kColCylinder, kColCapsule,
+                                  {.intersectFn = ColCylinderCapsuleIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColCylinderCapsuleSafeTime},
+                                  nullptr);
 }

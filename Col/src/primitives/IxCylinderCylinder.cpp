@@ -66,8 +66,9 @@ void ColCylinderCylinderSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTim
 }
 
 void ColCylinderCylinderRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColCylinder, kColCylinder,
-        {.intersectFn = ColCylinderCylinderIntersect, .safetimeFn = ColCylinderCylinderSafeTime},
-        nullptr);
+    ColInteractionTableSetElement(kColCylinder, kColCylinder,
+                                  {.intersectFn = ColCylinderCylinderIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColCylinderCylinderSafeTime},
+                                  nullptr);
 }

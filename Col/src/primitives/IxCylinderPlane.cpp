@@ -61,6 +61,8 @@ int ColCylinderPlaneIntersect(ColModelPair* pair, ColIntersectResult* result) {
 }
 
 void ColCylinderPlaneRegisterInteraction() {
-    ColInteractionTableSetElement(kColCylinder, kColPlane,
-                                  {.intersectFn = ColCylinderPlaneIntersect}, nullptr);
+    ColInteractionTableSetElement(
+        kColCylinder, kColPlane,
+        {.intersectFn = ColCylinderPlaneIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }

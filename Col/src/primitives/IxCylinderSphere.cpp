@@ -25,8 +25,9 @@ void ColCylinderSphereSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeR
 }
 
 void ColCylinderSphereRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColCylinder, kColSphere,
-        {.intersectFn = ColCylinderSphereIntersect, .safetimeFn = ColCylinderSphereSafeTime},
-        nullptr);
+    ColInteractionTableSetElement(kColCylinder, kColSphere,
+                                  {.intersectFn = ColCylinderSphereIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColCylinderSphereSafeTime},
+                                  nullptr);
 }

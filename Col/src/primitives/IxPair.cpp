@@ -1,5 +1,6 @@
 #include "IxPair.h"
 
+#include <cmath>
 #include <numbers>
 
 namespace {
@@ -8,6 +9,20 @@ namespace {
 KitReal turningSpeed(const ColModel& model, KitReal reach) noexcept {
     const KitReal spin = lsVec3::constCast(model.angularVelocity).norm();
     return spin > 0 ? spin * (reach + model.mCOMOffset.norm()) : 0;
+}
+
+lsVec3 accelerationOf(const ColModel& model) noexcept {
+    return model.linearAcceleration ? lsVec3::constCast(model.linearAcceleration) : lsVec3();
+}
+
+/// First time t with speed t + acceleration t²/2 = gap > 0, at most maxTime.
+KitReal closingTime(KitReal gap, KitReal speed, KitReal acceleration, KitReal maxTime) noexcept {
+    const KitReal square = speed * speed + 2 * acceleration * gap;
+    if (!(square >= 0) || (speed <= 0 && acceleration <= 0))
+        return maxTime;
+    const KitReal root = std::sqrt(square);
+    const KitReal time = speed >= 0 ? 2 * gap / (speed + root) : (root - speed) / acceleration;
+    return time < maxTime ? time : maxTime;
 }
 
 } // namespace
@@ -39,12 +54,12 @@ int IxWriteSingleContact(const ColModelPair& pair, ColIntersectResult* result,
 void IxSafeTime(const ColModelPair& pair, const lsVec3& normal, KitReal separation, KitReal reach1,
                 KitReal reach2, KitReal maxTime, ColSafeTimeResult* result) noexcept {
     const ColModel &model1 = *pair.model1, &model2 = *pair.model2;
-    const lsVec3 relative =
+    const lsVec3 velocity =
         lsVec3::constCast(model2.linearVelocity) - lsVec3::constCast(model1.linearVelocity);
-    const KitReal closing =
-        relative.dot(normal) + turningSpeed(model1, reach1) + turningSpeed(model2, reach2);
+    const KitReal speed =
+        velocity.dot(normal) + turningSpeed(model1, reach1) + turningSpeed(model2, reach2);
+    const KitReal acceleration =
+        normal.dot(accelerationOf(model2)) - normal.dot(accelerationOf(model1));
     const KitReal gap = separation - model1.mPadding - model2.mPadding;
-    result->time = 0;
-    if (gap > 0)
-        result->time = closing * maxTime > gap ? gap / closing : maxTime;
+    result->time = gap > 0 ? closingTime(gap, speed, acceleration, maxTime) : 0;
 }

@@ -108,7 +108,7 @@ int IxWriteSingleContact(const ColModelPair& pair, ColIntersectResult* result,
                          KitReal radius, KitReal eps) noexcept;
 
 /// Answers a time before which a pair cannot touch: the gap along an axis, less the tolerance, over
-/// the fastest that it can close while both velocities stay.
+/// the fastest that it can close while speeds of rotation and accelerations stay.
 /// @param normal unit separating axis from model2 to model1, world
 /// @param separation along the normal, m
 /// @param reach1,reach2 bounding radii about the models' origins, m

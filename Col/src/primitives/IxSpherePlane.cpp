@@ -33,7 +33,9 @@ void ColSpherePlaneSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResu
 }
 
 void ColSpherePlaneRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColSphere, kColPlane,
-        {.intersectFn = ColSpherePlaneIntersect, .safetimeFn = ColSpherePlaneSafeTime}, nullptr);
+    ColInteractionTableSetElement(kColSphere, kColPlane,
+                                  {.intersectFn = ColSpherePlaneIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColSpherePlaneSafeTime},
+                                  nullptr);
 }

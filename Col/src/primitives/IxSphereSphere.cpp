@@ -46,7 +46,9 @@ void ColSphereSphereSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeRes
 }
 
 void ColSphereSphereRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColSphere, kColSphere,
-        {.intersectFn = ColSphereSphereIntersect, .safetimeFn = ColSphereSphereSafeTime}, nullptr);
+    ColInteractionTableSetElement(kColSphere, kColSphere,
+                                  {.intersectFn = ColSphereSphereIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersectWithSafeTime,
+                                   .safetimeFn = ColSphereSphereSafeTime},
+                                  nullptr);
 }

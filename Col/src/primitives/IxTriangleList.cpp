@@ -19,14 +19,13 @@ struct DestroyList {
     void operator()(ColTriangleList* list) const { ColTriangleListDestroy(list); }
 };
 
-/// For callers that bring no list; filled and read within one call.
-ColTriangleList* threadList() {
+} // namespace
+
+ColTriangleList* IxThreadTriangleList() {
     static thread_local const std::unique_ptr<ColTriangleList, DestroyList> list(
         ColTriangleListCreate(kThreadListRoom));
     return list.get();
 }
-
-} // namespace
 
 IxNearTriangles::IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame,
                                  ColTriangleList* userList)
@@ -42,7 +41,7 @@ IxNearTriangles::IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame,
         return;
     }
     if (userList == nullptr)
-        userList = threadList();
+        userList = IxThreadTriangleList();
     ColTriangleListShallowCopy(&list, userList);
     if (list.triangleListAABBGenerator != nullptr)
         list.triangleListAABBGenerator(pair, low, high, userList);
@@ -119,21 +118,29 @@ int ColCapsuleTriangleListIntersect(ColModelPair* pair, ColIntersectResult* resu
 }
 
 void ColSphereTriangleListRegisterInteraction() {
-    ColInteractionTableSetElement(kColSphere, kColTriangleList,
-                                  {.intersectFn = ColSphereTriangleListIntersect}, nullptr);
+    ColInteractionTableSetElement(
+        kColSphere, kColTriangleList,
+        {.intersectFn = ColSphereTriangleListIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }
 
 void ColBoxTriangleListRegisterInteraction() {
-    ColInteractionTableSetElement(kColBox, kColTriangleList,
-                                  {.intersectFn = ColBoxTriangleListIntersect}, nullptr);
+    ColInteractionTableSetElement(
+        kColBox, kColTriangleList,
+        {.intersectFn = ColBoxTriangleListIntersect, .pathIntersectFn = ColGenericPathIntersect},
+        nullptr);
 }
 
 void ColCylinderTriangleListRegisterInteraction() {
     ColInteractionTableSetElement(kColCylinder, kColTriangleList,
-                                  {.intersectFn = ColCylinderTriangleListIntersect}, nullptr);
+                                  {.intersectFn = ColCylinderTriangleListIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersect},
+                                  nullptr);
 }
 
 void ColCapsuleTriangleListRegisterInteraction() {
     ColInteractionTableSetElement(kColCapsule, kColTriangleList,
-                                  {.intersectFn = ColCapsuleTriangleListIntersect}, nullptr);
+                                  {.intersectFn = ColCapsuleTriangleListIntersect,
+                                   .pathIntersectFn = ColGenericPathIntersect},
+                                  nullptr);
 }

@@ -12,6 +12,9 @@
 /// Contacts that a pair with a list may hold before they are reduced for the first time.
 constexpr int kIxTriangleListBufferSize = 400;
 
+/// A list of the calling thread, for callers that bring none: filled and read within one call.
+[[nodiscard]] ColTriangleList* IxThreadTriangleList();
+
 /// The triangles of a pair's list, model2, that may touch its solid, model1.
 struct IxNearTriangles {
     /// Asks the generators of the list for what lies near the solid.

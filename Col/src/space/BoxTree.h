@@ -1,7 +1,9 @@
 #pragma once
 #include <Kit/KitAlignedVector.h>
 #include <Kit/KitTypes.h>
+#include <Kit/lsVec3.h>
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -16,6 +18,24 @@ struct CxFloatBox {
     return a.min[0] <= b.max[0] && b.min[0] <= a.max[0] && a.min[1] <= b.max[1] &&
            b.min[1] <= a.max[1] && a.min[2] <= b.max[2] && b.min[2] <= a.max[2];
 }
+
+/// A segment that walks through boxes: what lies beyond `limit` is of no interest any more.
+struct CxRay {
+    CxRay(const lsVec3& start, const lsVec3& unitDirection, KitReal length) noexcept
+        : origin(start), direction(unitDirection), limit(length) {
+        for (int axis = 0; axis < 3; ++axis) {
+            // Not infinite for a direction of 0, since 0 times infinity is no number.
+            const KitReal inverse = 1 / direction[axis];
+            slope[axis] =
+                std::abs(inverse) < kSteepest ? inverse : std::copysign(kSteepest, inverse);
+        }
+    }
+    static constexpr KitReal kSteepest = 1e300;
+
+    lsVec3 origin, direction;
+    lsVec3 slope;  ///< inverse of the direction
+    KitReal limit; ///< m from the start
+};
 
 /// Boxes by id in a tree of four-wide nodes: two cache lines a node, and a query tests four boxes at
 /// once. Leaves are added and taken one by one; when as many have changed as there are, or a path
@@ -55,11 +75,51 @@ public:
         }
     }
 
+    /// Calls visit(id) for every leaf whose box a ray enters before its limit, about from near to far;
+    /// visit may lower the limit.
+    template <class Visit>
+    void Query(CxRay& ray, Visit&& visit) const {
+        struct Waiting {
+            int node;
+            KitReal enter;
+        };
+        if (mCount == 0)
+            return;
+        Waiting stack[kMaxStack];
+        int top = 0;
+        stack[top++] = {mRoot, 0};
+        while (top > 0) {
+            const Waiting next = stack[--top];
+            if (next.enter > ray.limit)
+                continue;
+            const Node& node = mNodes[idx(next.node)];
+            KitReal enter[4];
+            const unsigned hits = enterMask(node, ray, enter);
+            const int below = top;
+            for (unsigned slot = 0; slot < 4; ++slot) {
+                if ((hits >> slot & 1U) == 0)
+                    continue;
+                const int child = node.child[slot];
+                if (child < 0) {
+                    if (enter[slot] <= ray.limit)
+                        visit(~child);
+                    continue;
+                }
+                int place = top++; // the nearest on top
+                for (; place > below && stack[place - 1].enter < enter[slot]; --place)
+                    stack[place] = stack[place - 1];
+                stack[place] = {child, enter[slot]};
+            }
+        }
+    }
+
 private:
     /// The deepest path that may arise before Tidy() builds anew, and the room that a query needs.
     static constexpr int kMaxDepth = 60;
     static constexpr int kMaxStack = 3 * (kMaxDepth + 2) + 1;
     static constexpr int kEmpty = INT32_MAX;
+    /// Covers the rounding of three operations.
+    static constexpr KitReal kRoundingUp = 1 + 8 * 2.220446049250313e-16;
 
     using Lanes = float __attribute__((vector_size(16)));
     struct alignas(64) Node {
@@ -75,6 +135,27 @@ private:
         const auto meets = (node.min[0] <= box.max[0]) & (node.max[0] >= box.min[0]) &
                            (node.min[1] <= box.max[1]) & (node.max[1] >= box.min[1]) &
                            (node.min[2] <= box.max[2]) & (node.max[2] >= box.min[2]);
+        return static_cast<unsigned>((meets[0] & 1) | (meets[1] & 2) | (meets[2] & 4) |
+                                     (meets[3] & 8));
+    }
+    /// Which boxes of a node the ray enters before its limit, and where, m from the start.
+    static unsigned enterMask(const Node& node, const CxRay& ray, KitReal* enter) noexcept {
+        using Wide = KitReal __attribute__((vector_size(32)));
+        Wide near = {0, 0, 0, 0}, far = near + ray.limit;
+        for (int axis = 0; axis < 3; ++axis) {
+            const bool upwards = ray.slope[axis] > 0;
+            const Lanes &first = upwards ? node.min[axis] : node.max[axis],
+                        &last = upwards ? node.max[axis] : node.min[axis];
+            const Wide in =
+                (__builtin_convertvector(first, Wide) - ray.origin[axis]) * ray.slope[axis];
+            const Wide out =
+                (__builtin_convertvector(last, Wide) - ray.origin[axis]) * ray.slope[axis];
+            near = in > near ? in : near;
+            far = out < far ? out : far;
+        }
+        const auto meets = near <= far * kRoundingUp;
+        for (int slot = 0; slot < 4; ++slot)
+            enter[slot] = near[slot];
         return static_cast<unsigned>((meets[0] & 1) | (meets[1] & 2) | (meets[2] & 4) |
                                      (meets[3] & 8));
     }

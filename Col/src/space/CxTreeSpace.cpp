@@ -235,7 +235,7 @@ void CxTreeSpace::markLeft(int id) {
         mReps[idx(id)].warned = true;
         KitWarning(0, "CxSpace::Update: a box that is not a number keeps its last extents.\n");
     }
-    if (mReps[idx(id)].left)
+    if (mReps[idx(id)].left && !std::exchange(mReps[idx(id)].listed, true))
         mLeft.push_back(id);
 }
 
@@ -340,6 +340,8 @@ void CxTreeSpace::unplace(int id) {
 }
 
 void CxTreeSpace::placeThoseThatLeft() {
+    for (const int id : mLeft)
+        mReps[idx(id)].listed = false;
     std::sort(mLeft.begin(), mLeft.end());
     mLeft.erase(std::unique(mLeft.begin(), mLeft.end()), mLeft.end());
     std::erase_if(mLeft, [this](int id) { return !mReps[idx(id)].left; }); // removed meanwhile

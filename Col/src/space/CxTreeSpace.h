@@ -46,6 +46,8 @@ public:
     void UpdateSingle(int id, KitReal duration, bool forceUpdate) override;
     bool Update(int id, KitReal duration) override;
     bool GetBox(int id, lsVec3* min, lsVec3* max) const override;
+    void WalkSegment(const lsVec3& start, const lsVec3& end, CxSegmentCb visit,
+                     void* data) const override;
     void SetBox(int id, const lsVec3& min, const lsVec3& max) override;
 
     std::span<CxPairLink* const> GetNewPairOverlapList() override { return mNew; }
@@ -111,6 +113,7 @@ private:
         bool parked = false;
         bool placed = false;  ///< has a box
         bool left = false;    ///< the box left the fat one, or the model is new
+        bool listed = false;  ///< waits for its place
         bool touched = false; ///< has a new box outside UpdateAll()
         bool reclassify = false;
         bool warned = false;

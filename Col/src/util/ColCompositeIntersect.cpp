@@ -2,6 +2,7 @@
 #include <Col/ColFrame.h>
 #include <Col/ColIntersect.h>
 #include <Col/ColModelFunctions.h>
+#include <Col/ColPathIntersect.h>
 #include <Col/ColRequest.h>
 #include <Col/ColScratch.h>
 #include <Col/ColSimplify.h>
@@ -364,7 +365,8 @@ int ColCompositeGenericApproximateDistance(ColModelPair* pair, const ColDistance
 
 void ColCompositeGenericRegisterInteractions() {
     ColDefaultInit();
-    const ColInteractions generic = {.intersectFn = ColCompositeGenericIntersect};
+    const ColInteractions generic = {.intersectFn = ColCompositeGenericIntersect,
+                                     .pathIntersectFn = ColGenericPathIntersect};
     for (int type = 0; type < ColGeometryGetRegisteredTypeMaxId(); ++type)
         ColInteractionTableSetElementOfAnyType(kColComposite, type, generic, nullptr);
 }

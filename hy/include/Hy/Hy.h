@@ -51,6 +51,7 @@
 #include <Hy/HyIntersectResult.h>
 #include <Hy/HyIntersectSubscriber.h>
 #include <Hy/HyIntersectSubscriberLogging.h>
+#include <Hy/HyLineSegIntersectSub.h>
 #include <Hy/HyLinear1.h>
 #include <Hy/HyLinear2.h>
 #include <Hy/HyLinear3.h>
