@@ -163,7 +163,7 @@ const std::map<std::string, std::function<void(const std::string&)>> commands = 
     {"library-path",
      [](const std::string&) {
          const char* value = std::getenv("LD_LIBRARY_PATH");
-         print(value ? "'" + std::string(value) + "'" : "unset");
+         print(value ? std::string("'").append(value) + "'" : "unset");
      }},
     {"cuts", loadCuts},
 };
