@@ -65,6 +65,19 @@ public:
         }
     }
 
+    bool cast(const std::vector<Segment>& segments, std::vector<double>& distances) override {
+        mWorld.updateAabbs();
+        for (std::size_t i = 0; i < segments.size(); ++i) {
+            const btVector3 from = toBt(segments[i].start), to = toBt(segments[i].end);
+            btCollisionWorld::ClosestRayResultCallback hit(from, to);
+            hit.m_collisionFilterGroup = hit.m_collisionFilterMask = mParts.group();
+            mWorld.rayTest(from, to, hit);
+            distances[i] =
+                hit.hasHit() ? double(hit.m_closestHitFraction) * double((to - from).length()) : -1;
+        }
+        return true;
+    }
+
 private:
     void addBody(const Body& body) {
         btRigidBody::btRigidBodyConstructionInfo info(static_cast<btScalar>(body.mass), nullptr,

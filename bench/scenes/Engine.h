@@ -1,5 +1,6 @@
 #pragma once
 #include "Measures.h"
+#include "Rays.h"
 #include "Scene.h"
 
 #include <memory>
@@ -24,6 +25,9 @@ public:
     virtual void step() = 0;
     /// In the order of the scene's bodies.
     virtual void read(std::vector<Motion>& motions) = 0;
+    /// Distances from the starts to the nearest hits, negative for none, among bodies that have not been
+    /// stepped. False if the engine does not serve segments here.
+    virtual bool cast(const std::vector<Segment>&, std::vector<double>&) { return false; }
     /// After each step, outside of the measured time: what the engine tells of it.
     virtual void observe() {}
     /// Sums of what observe() saw, over the steps.

@@ -4,6 +4,7 @@
 
 #include "HeapCounter.h"
 
+#include <Col/ColLineSeg.h>
 #include <Col/ColSpace.h>
 #include <Dyn/DynWorld.h>
 #include <Dyns/DynsConstraintFrames.h>
@@ -97,6 +98,21 @@ public:
                           fromHy(part.getLinearVelocity()),
                           fromHy(part.getAngularVelocity())};
         }
+    }
+
+    bool cast(const std::vector<Segment>& segments, std::vector<double>& distances) override {
+        CxSpace* space = mHost.universe.getColSpace();
+        ColSpaceUpdateAll(space);
+        ColSpaceEndChanges(space);
+        for (std::size_t i = 0; i < segments.size(); ++i) {
+            const Vec3 &a = segments[i].start, &b = segments[i].end;
+            ColLineSegIntersectResult hit;
+            const bool any = ColSpaceLineSegIntersect(space, lsVec3(a.x, a.y, a.z),
+                                                      lsVec3(b.x, b.y, b.z), &hit, nullptr) != 0;
+            distances[i] = any ? hit.distance : -1;
+        }
+        ColSpaceBeginChanges(space);
+        return true;
     }
 
     void observe() override {

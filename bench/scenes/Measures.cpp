@@ -126,7 +126,7 @@ constexpr Bound kBounds[] = {
     {"failed", 0.5},      {"lost", 0.5},          {"drift_late", 1e-3},    {"E_gain_rel", 0.01},
     {"E_max_rel", 0.01},  {"E_change_rel", 0.01}, {"slip_rate_mm_s", 1},   {"moved_max", 0.05},
     {"poserr_max", 0.05}, {"dist_err_m", 0.05},   {"speed_err_rel", 0.01}, {"limit_deg", 2},
-    {"missed", 0.5},      {"drop_mm", 50},
+    {"missed", 0.5},      {"wrong", 0.5},         {"drop_mm", 50},
 };
 constexpr Bound kPenetration[] = {{"pen_end", 5e-3}, {"pen_late", 5e-3}};
 

@@ -1,5 +1,6 @@
 #include "Measures.h"
 #include "Overlap.h"
+#include "Rays.h"
 #include "References.h"
 
 #include <algorithm>
@@ -56,6 +57,38 @@ TEST(OverlapTest, SegmentsAgainstSampling) {
         EXPECT_LE(told, sampled + 1e-12) << n;
         EXPECT_NEAR(told, sampled, 0.02) << n;
     }
+}
+
+// The first sample of the segment that lies inside.
+TEST(RayTest, HitsAreWhereTheSegmentComesIn) {
+    Scene scene;
+    ASSERT_TRUE(makeScene("rays", scene));
+    ASSERT_EQ(scene.bodies.size(), 2000U);
+    Random random(11);
+    int hits = 0;
+    for (std::size_t i = 0; i < scene.bodies.size(); ++i) {
+        const Body& body = scene.bodies[i];
+        const Segment segment{body.start.p + random.vector(-3, 3),
+                              body.start.p + random.vector(-3, 3)};
+        if (isInside(body.shape, body.start, segment.start))
+            continue;
+        const double length = norm(segment.end - segment.start);
+        const Vec3 d = (segment.end - segment.start) / length;
+        double sampled = -1;
+        for (double t = 0; t <= length && sampled < 0; t += 1e-3)
+            if (isInside(body.shape, body.start, segment.start + t * d))
+                sampled = t;
+        const double told = hitDistance(body.shape, body.start, segment);
+        if (sampled >= 0) {
+            EXPECT_NEAR(told, sampled, 1.1e-3) << i;
+            ++hits;
+        } else if (told >= 0) { // grazes between two samples
+            EXPECT_FALSE(isInside(body.shape, body.start, segment.start + (told + 1e-3) * d) &&
+                         isInside(body.shape, body.start, segment.start + (told + 2e-3) * d))
+                << i;
+        }
+    }
+    EXPECT_GT(hits, 50);
 }
 
 TEST(OverlapTest, LowestPointsOfTurnedShapes) {

@@ -81,7 +81,29 @@ public:
         }
     }
 
+    bool cast(const std::vector<Segment>& segments, std::vector<double>& distances) override {
+        const dGeomID ray = dCreateRay(nullptr, 1);
+        dGeomRaySetClosestHit(ray, 1);
+        for (std::size_t i = 0; i < segments.size(); ++i) {
+            const Vec3 &from = segments[i].start, d = segments[i].end - from;
+            dGeomRaySetLength(ray, norm(d));
+            dGeomRaySet(ray, from.x, from.y, from.z, d.x, d.y, d.z);
+            distances[i] = -1;
+            dSpaceCollide2(ray, reinterpret_cast<dGeomID>(mSpace), &distances[i], nearRay);
+        }
+        dGeomDestroy(ray);
+        return true;
+    }
+
 private:
+    /// The depth of a ray's contact is its distance.
+    static void nearRay(void* nearest, dGeomID g1, dGeomID g2) {
+        dContactGeom contact;
+        auto& distance = *static_cast<double*>(nearest);
+        if (dCollide(g1, g2, 1, &contact, sizeof contact) > 0 &&
+            (distance < 0 || contact.depth < distance))
+            distance = contact.depth;
+    }
     void addBody(const Body& body) {
         const dBodyID b = dBodyCreate(mWorld);
         const Vec3 I = body.shape.inertia(body.mass);

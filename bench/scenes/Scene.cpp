@@ -1,5 +1,7 @@
 #include "Scene.h"
 
+#include "Rays.h"
+
 #include <cstdlib>
 
 namespace bench {
@@ -18,7 +20,7 @@ const Entry kTable[] = {
     {"bounce", makeBounce, -1},     {"tumble", makeTumble, -1},   {"pendulum", makePendulum, -1},
     {"chain", makeChain, 0},        {"crane", makeCrane, -1},     {"net", makeNet, -1},
     {"ragdolls", makeRagdolls, -1}, {"vehicle", makeVehicle, -1}, {"fourbar", makeFourbar, -1},
-    {"grasp", makeGrasp, -1},       {"bridge", makeBridge, -1},
+    {"grasp", makeGrasp, -1},       {"bridge", makeBridge, -1},   {"rays", makeRays, -1},
 };
 
 /// The number behind a name, "5k" being 5000; 0 if there is none.

@@ -104,7 +104,7 @@ class Row:
     @property
     def quality(self):
         shown = [f"{name}={self.last[name]:.2g}" for name in SHOWN
-                 if name in self.last and (self.last[name] != 0 or name in ("lost", "missed"))]
+                 if name in self.last and (self.last[name] != 0 or name in ("lost", "missed", "wrong"))]
         return " ".join(shown)
 
 
@@ -269,7 +269,7 @@ def main():
         rows += found
         lines.append(summary(scene, found))
         ours = [row for row in found if row.program == OURS and row.times]
-        if ours and not options.no_profile and scene != "broad":
+        if ours and not options.no_profile and scene not in ("broad", "rays"):
             profiles.append(profile(runner, best(ours) or ours[-1]))
     parts = []
     if lines:

@@ -45,6 +45,7 @@ PLAN = {
     "bridge": (["default", "stiff", "default/sub4", "stiff/sub4"],
                [("bullet", "default/sub4"), ("ode", "default"), ("ode", "default/sub4")]),
     "broad": (["default"], [("bullet", "default"), ("ode", "default"), ("ode", "hash")]),
+    "rays": (["default"], [("bullet", "default"), ("bullet64", "default"), ("ode", "default")]),
 }
 
 # Scene: most of the time of one variant of another engine, and what must hold besides.
@@ -67,6 +68,7 @@ GOALS = {
     "vehicle": (1, "bullet64 mb", {"speed_err_rel": 0.01, "lateral_m": 0.01}),
     "grasp": (1, "ode quick", {"slip_rate_mm_s": 1}),
     "broad": (0.5, "ode default", {"missed": 0.5}),
+    "rays": (0.1, "bullet default", {"wrong": 0.5}),
 }
 
 # Family: (scenes, steps, variant of Halcyr, variant of another engine or none).
@@ -82,4 +84,5 @@ GROWTH = {
 # The measures shown in the table, where a scene has them.
 SHOWN = ["moved_max", "drift_late", "drift_max", "poserr_max", "pen_late", "pen_end", "limit_deg",
          "dist_err_m", "speed_err_rel", "angle_max_rad", "E_max_rel", "E_gain_rel", "E_change_rel",
-         "L_err_rel", "slip_rate_mm_s", "crank_err_rad", "lost", "missed", "n_fallbacks_total"]
+         "L_err_rel", "slip_rate_mm_s", "crank_err_rad", "lost", "missed", "wrong", "max_dist_err_m",
+         "n_fallbacks_total"]

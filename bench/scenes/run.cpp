@@ -148,6 +148,33 @@ int runBroad(const Options& options) {
     return 0;
 }
 
+int runRays(const Scene& scene, const Options& options) {
+    constexpr double kWrong = 0.05; // m
+    const auto engine = makeEngine(scene, options.variant);
+    const std::vector<Segment> segments = raySegments(scene);
+    std::vector<double> found(segments.size()), times;
+    const auto begin = Clock::now();
+    for (int round = 0;
+         round < scene.steps && milliseconds(Clock::now() - begin) < 1000 * options.cap; ++round) {
+        const auto start = Clock::now();
+        if (!engine || !engine->cast(segments, found))
+            return 2;
+        times.push_back(milliseconds(Clock::now() - start));
+    }
+    double wrong = 0, worst = 0;
+    for (std::size_t i = 0; i < segments.size(); ++i) {
+        const double truth = nearestHit(scene, segments[i]);
+        const double error = truth >= 0 && found[i] >= 0 ? std::abs(truth - found[i]) : 0;
+        worst = std::max(worst, error);
+        wrong += (truth >= 0) != (found[i] >= 0) || error > kWrong;
+    }
+    const Results results{{"wrong", wrong}, {"max_dist_err_m", worst}};
+    printTimes(times, scene.steps);
+    print(results);
+    printVerdict(scene, results, static_cast<int>(times.size()) < scene.steps);
+    return 0;
+}
+
 bool parseVariant(const std::string& text, Variant& variant) {
     for (std::size_t from = 0; from <= text.size();) {
         const std::size_t to = std::min(text.find('/', from), text.size());
@@ -219,6 +246,8 @@ int run(int argc, char** argv) {
     Scene scene;
     if (!makeScene(options.scene, scene))
         return usage(argv[0]);
+    if (options.scene == "rays")
+        return runRays(scene, options);
     if (options.steps > 0)
         scene.steps = std::min(options.steps, scene.steps);
     return runScene(scene, options);
