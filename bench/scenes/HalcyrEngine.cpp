@@ -1,5 +1,6 @@
-// Halcyr. Modes: default (as the library comes), iter (large islands are swept, beginning with the forces
-// of the last step), iter30 (the same with 30 sweeps), stiff (with geometric stiffness).
+// Halcyr. Modes: default (as the library comes), iter (islands of many rows are swept, beginning with the
+// forces of the last step), sweep (all islands are), iter30 and sweep30 (the same with 30 sweeps), stiff
+// (with geometric stiffness).
 #include "Engine.h"
 
 #include "HeapCounter.h"
@@ -77,6 +78,7 @@ public:
         for (const Joint& joint : scene.joints)
             addJoint(joint);
         choosePairs();
+        watchSolves();
     }
 
     void step() override {
@@ -149,11 +151,14 @@ public:
 private:
     void setUpSolver(const std::string& mode) {
         Hy::HySolverParameters& solver = *mHost.universe.getSolverParameters(0);
-        if (mode == "iter" || mode == "iter30") {
+        const bool sweeps = mode == "sweep" || mode == "sweep30";
+        if (sweeps)
+            solver.setConstraintSolver(1);
+        if (mode == "iter" || mode == "iter30")
             solver.setIterativeSolverRowThreshold(kDirectRows);
+        if (sweeps || mode == "iter" || mode == "iter30")
             solver.setIterativeSolverWarmStart(true);
-        }
-        if (mode == "iter30")
+        if (mode == "iter30" || mode == "sweep30")
             solver.setConstraintIterativeSolverMaxIteration(30);
         if (mode == "stiff")
             solver.setGeometricStiffness(true);
@@ -247,7 +252,6 @@ private:
         mStages[6] += t.postStepParts;
     }
 
-    // Of the last substep; the frames hold the rows of the last slice.
     void observeRows() {
         static const char* const kNames[] = {"ms_parts_before", "ms_broad_phase", "ms_contacts",
                                              "ms_kinematics",   "ms_dynamics",    "ms_integrate",
@@ -256,20 +260,34 @@ private:
             add(kNames[i], mStages[i]);
             mStages[i] = 0;
         }
-        const DynWorld& world = *mHost.universe.getDynWorld();
-        double rows = 0, passes = 0, largest = 0;
-        for (int i = 0; i < world.partitionOutput.nPartitions; ++i) {
-            const DynsConstraints* c =
-                DynsConstraintFramesGetFrame(world.constraint_frames, world.thread_data[i].frameID);
-            if (!c)
-                continue;
-            rows += c->n_constraint_rows;
-            largest = std::max<double>(largest, c->n_constraint_rows);
-            passes += std::abs(c->lcp_iteration_count);
+        add("n_rows", mSolved.rows);
+        add("n_rows_of_largest", mSolved.largest);
+        add("n_passes", mSolved.passes);
+        mSolved = {};
+    }
+
+    /// Counts each slice between its solve and the universe's own look at it.
+    void watchSolves() {
+        DynWorldHost& host = mHost.universe.getDynWorld()->host;
+        watcher() = this;
+        mNextHook = host.postUpdateForce;
+        host.postUpdateForce = [](void* owner, DynWorld* world, int start, int end) {
+            watcher()->countSlice(*world, end - start);
+            if (watcher()->mNextHook)
+                watcher()->mNextHook(owner, world, start, end);
+        };
+    }
+    void countSlice(const DynWorld& world, int frames) {
+        for (int i = 0; i < frames; ++i) {
+            const DynsConstraints& c = *DynsConstraintFramesGetFrame(world.constraint_frames, i);
+            mSolved.rows += c.n_constraint_rows;
+            mSolved.largest = std::max<double>(mSolved.largest, c.n_constraint_rows);
+            mSolved.passes += std::abs(c.lcp_iteration_count);
         }
-        add("n_rows", rows);
-        add("n_rows_of_largest", largest);
-        add("n_passes", passes);
+    }
+    static HalcyrEngine*& watcher() {
+        static HalcyrEngine* engine = nullptr;
+        return engine;
     }
 
     void observeZones() {
@@ -294,6 +312,10 @@ private:
     std::vector<Hy::HyPart*> mParts;
     std::map<std::string, double> mSums;
     double mStages[7] = {}; ///< ms, of the substeps since the last observation
+    struct {
+        double rows = 0, largest = 0, passes = 0; ///< since the last observation
+    } mSolved;
+    void (*mNextHook)(void*, DynWorld*, int, int) = nullptr;
     long mHeapCalls = 0;
     double mLateHeapCalls = 0, mLateSteps = 0;
 };
@@ -350,7 +372,7 @@ const char* engineName() {
 }
 
 std::vector<std::string> engineModes() {
-    return {"iter", "iter30", "stiff"};
+    return {"iter", "iter30", "sweep", "sweep30", "stiff"};
 }
 
 std::unique_ptr<Engine> makeEngine(const Scene& scene, const Variant& variant) {

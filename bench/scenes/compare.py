@@ -9,7 +9,7 @@ import sys
 import time
 
 sys.dont_write_bytecode = True
-from plan import GOALS, GROWTH, PLAN, SHOWN  # noqa: E402
+from plan import CAP, CAPS, GOALS, GROWTH, PLAN, SHOWN  # noqa: E402
 import plot  # noqa: E402
 
 OURS = "halcyr"
@@ -28,6 +28,9 @@ class Runner:
     def path(self, program):
         return os.path.join(self.options.programs, "bench_scenes_" + program)
 
+    def cap(self, scene):
+        return self.options.cap or CAPS.get(scene, CAP)
+
     def progress(self, text):
         seconds = int(time.monotonic() - self.started)
         line = f"{seconds // 60:3d}:{seconds % 60:02d}  {text}"
@@ -39,7 +42,7 @@ class Runner:
 
     def run(self, program, scene, variant, *more, cap=None):
         """The numbers of one run, and "why"; of one that ended badly its reason alone."""
-        cap = cap or self.options.cap
+        cap = cap or self.cap(scene)
         command = [self.path(program), scene, "--variant", variant, "--cap", str(cap),
                    "--cache", self.cache, *more]
         try:
@@ -195,7 +198,7 @@ def profile(runner, row):
     trace = os.path.join(runner.options.out, f"trace_{row.scene}.json")
     runner.progress(f"{row.scene:10s} profile  {row.name}")
     result = runner.run(row.program, row.scene, row.variant, "--trace", trace,
-                        cap=runner.options.cap / 4)
+                        cap=runner.cap(row.scene) / 4)
     def listed(prefix, unit):
         values = [(name[len(prefix):], value) for name, value in result.items()
                   if name.startswith(prefix) and isinstance(value, float)]
@@ -223,7 +226,7 @@ def growth(runner):
             for program, mode in engines:
                 runner.progress(f"{scene:10s} growth  {program} {mode}")
                 result = runner.run(program, scene, mode, "--steps", str(steps),
-                                    cap=runner.options.cap / 2)
+                                    cap=runner.cap(scene) / 2)
                 if result.get("late_median_ms", 0) > 0 and result.get("failed") == 0:
                     size = int("".join(c for c in scene if c.isdigit()))
                     points[program, mode].append((size, result["late_median_ms"]))
@@ -239,7 +242,8 @@ def parse():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("scenes", nargs="*", default=[], help="default: all; " + " ".join(PLAN))
     parser.add_argument("--repetitions", type=int, default=3)
-    parser.add_argument("--cap", type=float, default=16, help="wall time of a run, s")
+    parser.add_argument("--cap", type=float,
+                        help=f"wall time of a run, s; default {CAP}, more for a few scenes")
     parser.add_argument("--long", type=float, default=4,
                         help="a variant that runs longer is not repeated, s")
     parser.add_argument("--out", default="build/bench", help="folder of the results")
