@@ -211,7 +211,7 @@ public:
     HyPluginManagerListener& operator=(const HyPluginManagerListener&) = delete;
     virtual ~HyPluginManagerListener();
 
-    /// @param info null if the plug-in had not told of itself yet
+    /// The information is null if the plug-in had not told of itself yet.
     virtual void onPluginError(const std::string& /*path*/, const HyPluginInfo* /*info*/,
                                const std::string& /*message*/) {}
     /// False keeps the plug-in out, silently.

@@ -18,15 +18,15 @@ public:
 
     /// Once at the start of a step.
     virtual void preUpdate() {}
-    /// @param dt length of the coming substep, s
+    /// The argument is the length of the coming substep, s.
     virtual void detectCollisions(HyReal /*dt*/) {}
-    /// @param dt s, negative to take a failed substep back
+    /// By a time in s, negative to take a failed substep back.
     virtual void advanceKinematics(HyReal /*dt*/) {}
-    /// @param dt s
+    /// Over a time in s.
     virtual void solveDynamics(HyReal /*dt*/) {}
     /// Forgets the result of a failed solve.
     virtual void revertDynamics() {}
-    /// @param dt s
+    /// Over a time in s.
     virtual void advanceDynamics(HyReal /*dt*/) {}
     /// Once at the end of a step.
     virtual void postUpdate() {}
