@@ -4,13 +4,33 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace {
+
+/// Whether each bracket outside of strings is closed by its mate.
+bool bracketsMatch(const std::string& json) {
+    std::string open;
+    bool inString = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (inString && c == '\\')
+            ++i;
+        else if (c == '"')
+            inString = !inString;
+        else if (!inString && (c == '{' || c == '['))
+            open.push_back(c == '{' ? '}' : ']');
+        else if (!inString && (c == '}' || c == ']')) {
+            if (open.empty() || open.back() != c)
+                return false;
+            open.pop_back();
+        }
+    }
+    return open.empty() && !inString;
+}
 
 class KitProfileTest : public testing::Test {
 protected:
@@ -101,8 +121,8 @@ TEST_F(KitProfileTest, TraceHoldsTheZonesToTheNanosecond) {
     EXPECT_NE(text.find("\"name\":\"quote \\\" and \\\\ and \\u000a\",\"ts\":0.000,"), text.npos)
         << text;
     EXPECT_NE(text.find(duration), text.npos) << text;
-    EXPECT_TRUE(std::regex_match(
-        text, std::regex("\\{\"traceEvents\":\\[(,?\\s*\\{[^\\n]*\\})*\\s*\\]\\}\\s*")));
+    EXPECT_EQ(text.find("{\"traceEvents\":["), 0U);
+    EXPECT_TRUE(bracketsMatch(text)) << text;
 }
 
 TEST_F(KitProfileTest, TraceThatCannotBeWrittenIsWarnedOf) {
