@@ -14,6 +14,7 @@
 #include <Kit/KitProfile.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <map>
 
@@ -83,6 +84,8 @@ public:
 
     void step() override {
         const long before = HeapCounter::calls();
+        mStepStart =
+            std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
         for (int i = 0; i < mSubsteps; ++i) {
             mHost.frame.step();
             addTimings(); // a copy of nine numbers
@@ -290,18 +293,19 @@ private:
         return engine;
     }
 
+    // Zones stand in the order of their ends; those of earlier steps stay for the trace.
     void observeZones() {
         if (!KitProfileIsEnabled())
             return;
         for (std::size_t t = 0; t < KitProfileGetThreadCount(); ++t)
-            for (std::size_t i = 0; i < KitProfileGetZoneCount(t); ++i) {
+            for (std::size_t i = KitProfileGetZoneCount(t); i-- > 0;) {
                 const KitProfileZone zone = KitProfileGetZone(t, i);
+                if (zone.end < mStepStart)
+                    break;
                 std::string name = std::string("zone_") + zone.name;
                 std::replace(name.begin(), name.end(), ' ', '_');
                 add(name, 1e-6 * static_cast<double>(zone.end - zone.start));
             }
-        if (mSteps < mScene.steps) // the last step is what the trace shows
-            KitProfileClear();
     }
 
     const Scene& mScene;
@@ -316,6 +320,7 @@ private:
         double rows = 0, largest = 0, passes = 0; ///< since the last observation
     } mSolved;
     void (*mNextHook)(void*, DynWorld*, int, int) = nullptr;
+    std::int64_t mStepStart = 0; ///< ns, on the clock of the profile
     long mHeapCalls = 0;
     double mLateHeapCalls = 0, mLateSteps = 0;
 };
