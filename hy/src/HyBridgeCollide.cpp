@@ -1,4 +1,5 @@
 #include "HyBridgeArena.h"
+#include "HyContactChain.h"
 
 #include <Col/ColIntersect.h>
 #include <Col/ColModel.h>
@@ -35,15 +36,6 @@ constexpr std::size_t kPairsPerUnit = 32;
 
 bool isSensor(const ColModel* model) {
     return model->mResponseID == HyUniverse::kResponseSensor;
-}
-
-// A subscriber may have chosen a friction model that the rows do not know.
-void resolveFriction(DynContact* contact) {
-    for (; contact; contact = contact->nextContact) {
-        KitReal low = 0, high = 0;
-        DynContactGetPairMasses(contact->body[0], contact->body[1], &low, &high);
-        DynContactResolveFriction(contact, low, high);
-    }
 }
 
 // Each filter is asked once, in the order of the pair.
@@ -455,7 +447,7 @@ void HyBridge::notify(ColModelPair* pair, ColIntersectResult* result, eIntersect
                                             : static_cast<DynContact*>(pair->responseData));
         list->notifyIntersect(event, &view, &input);
         if (!sensor && (pair->m_flags & kColPairEnded) == 0)
-            resolveFriction(static_cast<DynContact*>(pair->responseData));
+            HyResolveFriction(static_cast<DynContact*>(pair->responseData));
     }
     mAccIntersectSubscriberTime += timer.stop();
 }

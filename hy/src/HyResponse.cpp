@@ -1,15 +1,15 @@
 #include <Hy/HyResponse.h>
 
+#include "HyContactChain.h"
+
 #include <Col/ColIntersect.h>
 #include <Col/ColModel.h>
 #include <Col/ColModelPair.h>
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynContact.h>
-#include <Dyn/DynWorld.h>
 #include <Hy/HyBridge.h>
 #include <Hy/HyCollisionGeometryPair.h>
 #include <Hy/HyIntersectResult.h>
-#include <Hy/HyUniverse.h>
 
 namespace Hy {
 
@@ -31,13 +31,9 @@ void HyResponseEndBody_Body::operator()(HyBridge*, ColModelPair* pair, CxSpace*,
     auto* contact = static_cast<DynContact*>(pair->responseData);
     while (contact) {
         DynContact* next = contact->nextContact;
-        if (DynConstraintIsEnabled(contact)) {
+        if (DynConstraintIsEnabled(contact))
             DynConstraintEnableBodiesIfMoving(contact);
-            DynConstraintDisable(contact);
-        }
-        if (HyUniverse* universe = contact->world->universe)
-            universe->dynContactLeaves(contact);
-        DynContactDestroy(contact);
+        HyDestroyContact(contact);
         contact = next;
     }
     pair->responseData = DynContactInvalidID;

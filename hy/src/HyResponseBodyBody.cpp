@@ -16,7 +16,6 @@
 #include <Hy/HyContactMaterial.h>
 #include <Hy/HyDynamicsContact.h>
 #include <Hy/HyMaterial.h>
-#include <Hy/HyUniverse.h>
 #include <Kit/KitMatrix4.h>
 #include <Kit/KitVector.h>
 
@@ -297,19 +296,6 @@ void Update::run() {
 }
 
 } // namespace
-
-void HyDestroyContacts(DynContact* contact, bool wake) {
-    while (contact) {
-        DynContact* next = contact->nextContact;
-        if (wake)
-            DynConstraintEnableBodiesIfMoving(contact);
-        DynConstraintDisable(contact);
-        if (HyUniverse* universe = contact->world->universe)
-            universe->dynContactLeaves(contact);
-        DynContactDestroy(contact);
-        contact = next;
-    }
-}
 
 void HyResponseBody_Body::operator()(HyBridge* bridge, ColModelPair* pair,
                                      ColIntersectResult* result, CxSpace*, DynWorld* world,

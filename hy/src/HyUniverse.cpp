@@ -18,6 +18,7 @@
 #include <Dyn/DynBody.h>
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynWorld.h>
+#include <Dyns/DynsConstraintFrames.h>
 
 #include <algorithm>
 #include <limits>
@@ -169,6 +170,10 @@ bool HyUniverse::getAutoSleep() const {
 
 void HyUniverse::resetDynamics() {
     DynWorldResetDynamics(mWorld);
+}
+
+void HyUniverse::printDynamicsSolverMemoryUsage() const {
+    DynsConstraintFramesPrintMemoryUsage(mWorld->constraint_frames);
 }
 
 HyReal HyUniverse::getCollisionSafeTime() const {

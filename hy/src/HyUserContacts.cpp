@@ -1,5 +1,6 @@
 #include "HyUserContacts.h"
 
+#include "HyContactChain.h"
 #include "HyInternedName.h"
 
 #include <Dyn/DynBody.h>
@@ -18,16 +19,10 @@ DynBody* bodyOf(const HyPart* part) {
     return part ? part->getDynBody() : nullptr;
 }
 
-void resolve(DynContact* contact) {
-    KitReal low, high;
-    DynContactGetPairMasses(contact->body[0], contact->body[1], &low, &high);
-    DynContactResolveFriction(contact, low, high);
-}
-
 void setMaterial(DynContact* contact, const HyContactMaterial& material) {
     DynContactSetParams(contact, &material.getValue(),
                         HyInternName(material.getName(), contact->contactMaterialName));
-    resolve(contact);
+    HyResolveFriction(contact);
 }
 
 } // namespace
@@ -76,7 +71,7 @@ void HyUserContacts::disableAll() {
 void HyUserContacts::resolveFriction() {
     for (HyDynamicsContact* each : mContacts)
         if (each->isEnabled())
-            resolve(each->getDynContact());
+            HyResolveFriction(each->getDynContact());
 }
 
 void HyUserContacts::forget(const DynBody* body) {

@@ -225,15 +225,7 @@ int CylinderCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& t, 
     TriangleAxisSearch search(t, eps);
     if (!CylinderTriangleTest{cylinder, out != nullptr}.OverlapCylTri(&search))
         return 0;
-    if (!out)
-        return 1;
-    if (t.mNormal.dot(t.mVertex[0]) > 0) // from below
-        return 0;
-    out->isDoubtful = search.isDoubtful();
-    if (!out->isDoubtful && search.code == TriangleAxisSearch::kFaceCode)
-        out->confirm(t);
-    const int before = out->result->contactCount;
-    CylinderTriangleWriter{.out = out, .search = search, .cylinder = cylinder}.write();
-    out->isDoubtful = false;
-    return out->result->contactCount > before ? 1 : 0;
+    return TriangleWriteContacts(out, search, [&] {
+        CylinderTriangleWriter{.out = out, .search = search, .cylinder = cylinder}.write();
+    });
 }

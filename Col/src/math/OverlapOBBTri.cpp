@@ -202,15 +202,5 @@ int BoxCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& t, const
     TriangleAxisSearch search(t, eps);
     if (!OverlapOBBTri(&search, radii, out != nullptr))
         return 0;
-    if (!out)
-        return 1;
-    if (t.mNormal.dot(t.mVertex[0]) > 0) // from below
-        return 0;
-    out->isDoubtful = search.isDoubtful();
-    if (!out->isDoubtful && search.code == TriangleAxisSearch::kFaceCode)
-        out->confirm(t);
-    const int before = out->result->contactCount;
-    BoxTriIntersect(out, search, radii);
-    out->isDoubtful = false;
-    return out->result->contactCount > before ? 1 : 0;
+    return TriangleWriteContacts(out, search, [&] { BoxTriIntersect(out, search, radii); });
 }

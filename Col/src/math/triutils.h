@@ -188,6 +188,24 @@ struct TriangleAxisSearch {
     KitReal anySeparation = -kKitInfinity;
 };
 
+/// The end of a search that found no direction in which solid and triangle are apart: write() adds the
+/// contacts, unless `out` is null.
+template <typename Write>
+int TriangleWriteContacts(TriangleContacts* out, const TriangleAxisSearch& search, Write write) {
+    if (!out)
+        return 1;
+    const CxTriangleNE& t = search.triangle;
+    if (t.mNormal.dot(t.mVertex[0]) > 0) // from below
+        return 0;
+    out->isDoubtful = search.isDoubtful();
+    if (!out->isDoubtful && search.code == TriangleAxisSearch::kFaceCode)
+        out->confirm(t);
+    const int before = out->result->contactCount;
+    write();
+    out->isDoubtful = false;
+    return out->result->contactCount > before ? 1 : 0;
+}
+
 // Each answers whether solid and triangle touch within eps and writes the contacts, unless `out` is
 // null: then it only answers.
 

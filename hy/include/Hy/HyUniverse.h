@@ -382,6 +382,8 @@ public:
     void restoreState(HyUniverseState* state);
     /// Stops all parts and clears their loads.
     void resetDynamics();
+    /// Prints a line for each constraint frame: its parts, constraints and rows at most so far.
+    void printDynamicsSolverMemoryUsage() const;
 
     // Diagnostics.
 
