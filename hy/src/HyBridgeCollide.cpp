@@ -225,6 +225,8 @@ void HyBridge::handleCollisions(HyReal time) {
     HyFrame* frame = HyFrame::currentInstance();
     const bool parallel = mMultiThreaded && end - first >= kParallelPairs && frame;
     KitThreadPool* pool = parallel ? frame->getThreadPool() : nullptr;
+    if (pool && !std::exchange(mToldThreaded, true))
+        HyInfo(0, "HyBridge::handleCollisions running in threaded mode.\n");
     // The stepping thread takes part.
     mTriangleLists->reserve(pool ? static_cast<int>(pool->getThreadCount()) + 1 : 1,
                             pool != nullptr);

@@ -201,6 +201,7 @@ private:
     bool mAcceptNonDynamicPairCollision = false;
     bool mCallBackEnabled = true;
     bool mMultiThreaded = false;
+    bool mToldThreaded = false;
     bool mBatchPartPairContact = false;
     bool mUpdating = false;
 };
