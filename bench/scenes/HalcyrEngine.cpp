@@ -21,6 +21,7 @@
 namespace bench {
 namespace {
 
+constexpr double kCalm = 1000;   ///< times the damping of a contact's depth, see `calm`
 constexpr int kDirectRows = 300; ///< of the islands that `iter` still solves directly
 
 Hy::HyVector3 toHy(const Vec3& v) {
@@ -43,6 +44,23 @@ Hy::HyGeometry* makeShape(const Shape& shape) {
     }
     return new Hy::HySphere(shape.radius);
 }
+
+/// Aims the friction of a part's contacts along their slip, so that a box of bounds acts as a cone.
+class AlongTheSlip : public Hy::FrictionDirectionSubscriber {
+public:
+    void notify(Hy::HyPart* part, Hy::HyDynamicsContactInput* contacts) override {
+        for (auto contact = contacts->dynamicsContactBegin();
+             contact != contacts->dynamicsContactEnd(); ++contact)
+            notify(part, *contact);
+    }
+    void notify(Hy::HyPart*, Hy::HyDynamicsContact* contact) override {
+        const Hy::HyVector3 slip = contact->getSlidingVelocity();
+        if (slip.norm() > 0)
+            contact->setDirection(slip);
+    }
+    void setReferenceDirection(const Hy::HyVector3&) override {}
+    [[nodiscard]] Hy::HyVector3 getReferenceDirection() const override { return {}; }
+};
 
 /// A frame with one universe; there is one at a time.
 class Host {
@@ -76,6 +94,9 @@ public:
         setUpSolver(variant.mode);
         setUpMaterial();
         addBodies();
+        if (variant.mode == "aimed")
+            for (Hy::HyPart* part : mParts)
+                part->setFrictionDirectionSubscriber(new AlongTheSlip);
         for (const Joint& joint : scene.joints)
             addJoint(joint);
         choosePairs();
@@ -165,6 +186,12 @@ private:
             solver.setConstraintIterativeSolverMaxIteration(30);
         if (mode == "stiff")
             solver.setGeometricStiffness(true);
+        if (mode == "exact") { // errors of position end within one step
+            solver.setConstraintLinearDamping(0);
+            solver.setConstraintAngularDamping(0);
+        }
+        if (mode == "calm") // depth is pushed out slowly, so that it adds no speed to a bounce
+            solver.setConstraintLinearDamping(kCalm * solver.getConstraintLinearDamping());
     }
 
     void setUpMaterial() {
@@ -377,7 +404,7 @@ const char* engineName() {
 }
 
 std::vector<std::string> engineModes() {
-    return {"iter", "iter30", "sweep", "sweep30", "stiff"};
+    return {"iter", "iter30", "sweep", "sweep30", "stiff", "aimed", "exact", "calm"};
 }
 
 std::unique_ptr<Engine> makeEngine(const Scene& scene, const Variant& variant) {

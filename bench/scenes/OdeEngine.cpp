@@ -44,6 +44,8 @@ public:
           mWorld(dWorldCreate()), mSpace(dSweepAndPruneSpaceCreate(nullptr, dSAP_AXES_XYZ)),
           mContacts(dJointGroupCreate(0)) {
         dWorldSetGravity(mWorld, scene.gravity.x, scene.gravity.y, scene.gravity.z);
+        if (variant.mode == "exact") // errors of position end within one step
+            dWorldSetERP(mWorld, 1);
         for (const Body& body : scene.bodies)
             addBody(body);
         if (scene.ground)
@@ -241,7 +243,7 @@ const char* engineName() {
 }
 
 std::vector<std::string> engineModes() {
-    return {"quick", "hash"};
+    return {"quick", "hash", "exact"};
 }
 
 std::unique_ptr<Engine> makeEngine(const Scene& scene, const Variant& variant) {
