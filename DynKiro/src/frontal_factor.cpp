@@ -61,12 +61,15 @@ void DynsFrontalFactor::assembleRows(const DynsConstraints& c, int node, const S
         const int firstBlock = c.constraint_first_block[v];
         const int vFirst = c.g_block_first_row[firstBlock];
         for (int b = firstBlock; b < firstBlock + c.constraint_n_blocks[v]; ++b) {
+            KitReal gm[6 * kDynsMaxConstraintRows]; // of the rows in the factor
+            for (int e = 0; e < columns; ++e)
+                std::copy_n(c.GM[b][vRows[at(e)] - vFirst], 6, gm + 6 * e);
             if (const int hub = mGraph->hubOf(c.g_bodies_idx[b]); hub >= 0) {
                 if (position[hub] > position[v])
                     for (int e = 0; e < columns; ++e)
                         for (int i = 0; i < 6; ++i)
                             column(panel, first + e)[offsets[scratch.place[at(hub)]] + i] +=
-                                c.GM[b][vRows[at(e)] - vFirst][i];
+                                gm[6 * e + i];
                 continue;
             }
             for (int j = c.g_blocks_heads[c.g_bodies_idx[b]]; j != -1; j = c.g_blocks_next[j]) {
@@ -74,18 +77,48 @@ void DynsFrontalFactor::assembleRows(const DynsConstraints& c, int node, const S
                 if (position[w] < position[v])
                     continue;
                 const int offset = offsets[scratch.place[at(w)]];
-                const std::span<const int> wRows = mPlan.rowsOfVertex(w);
-                const int wFirst = c.g_block_first_row[j];
-                for (int e = 0; e < columns; ++e) {
-                    const KitReal* gm = c.GM[b][vRows[at(e)] - vFirst];
-                    KitReal* out = column(panel, first + e) + offset;
-                    for (std::size_t a = 0; a < wRows.size(); ++a) {
-                        const KitReal* g = c.G[j][wRows[a] - wFirst];
-                        out[a] += gm[0] * g[0] + gm[1] * g[1] + gm[2] * g[2] + gm[3] * g[3] +
-                                  gm[4] * g[4] + gm[5] * g[5];
-                    }
-                }
+                addProduct(column(panel, first) + offset, panel.ld, j, gm, columns,
+                           static_cast<int>(mPlan.rowsOfVertex(w).size()));
             }
+        }
+    }
+}
+
+/// out += G (GM)^T for the rows of a block in the factor and `columns` rows of a GM.
+void DynsFrontalFactor::addProduct(KitReal* out, int ld, int block, const KitReal* gm, int columns,
+                                   int rows) const {
+    const DynsTile tile = DynsKernelVariants().front()->tileTransposed;
+    const KitReal* G = mBlocks.data() + mBlockStart[at(block)];
+    for (int i = 0; i < rows; i += kDynsPanelRows, G += 6 * kDynsPanelRows)
+        for (int j = 0; j < columns; j += kDynsTileColumns)
+            tile(out + at(ld) * at(j) + i, at(ld), G, kDynsPanelRows, gm + 6 * j, 6, 6,
+                 std::min(kDynsTileColumns, columns - j));
+}
+
+/// The rows of J that are in the factor, block by block in tiles, negated, as a tile subtracts. Behind
+/// the last row of a block stand zeros, so that whole tiles change nothing else.
+void DynsFrontalFactor::gatherBlocks(const DynsConstraints& c) {
+    mConstraintOf.resize(at(c.n_g_blocks));
+    mBlockStart.resize(at(c.n_g_blocks));
+    std::size_t entries = 0;
+    for (int k = 0; k < c.n_constraints; ++k) {
+        const std::size_t rows = mPlan.rowsOfVertex(k).size();
+        const int first = c.constraint_first_block[k];
+        for (int b = first; b < first + c.constraint_n_blocks[k]; ++b) {
+            mConstraintOf[at(b)] = k;
+            mBlockStart[at(b)] = entries;
+            entries += 6 * at(DynsPaddedRows(static_cast<int>(rows)));
+        }
+    }
+    mBlocks.assign(entries, 0.0);
+    for (int b = 0; b < c.n_g_blocks; ++b) {
+        const std::span<const int> rows = mPlan.rowsOfVertex(mConstraintOf[at(b)]);
+        for (std::size_t r = 0; r < rows.size(); ++r) {
+            const KitReal* g = c.G[b][rows[r] - c.g_block_first_row[b]];
+            KitReal* out = mBlocks.data() + mBlockStart[at(b)] +
+                           r / kDynsPanelRows * (6 * kDynsPanelRows) + r % kDynsPanelRows;
+            for (int k = 0; k < 6; ++k)
+                out[k * kDynsPanelRows] = -g[k];
         }
     }
 }
@@ -228,10 +261,7 @@ void DynsFrontalFactor::factor(const DynsConstraints& c, const DynsConstraintGra
     mTree = &tree;
     if (!samePlan)
         mPlan.build(c, graph, tree, index_set);
-    mConstraintOf.resize(at(c.n_g_blocks));
-    for (int k = 0; k < c.n_constraints; ++k)
-        std::fill_n(mConstraintOf.begin() + c.constraint_first_block[k], c.constraint_n_blocks[k],
-                    k);
+    gatherBlocks(c);
     mL.makeRoom(mPlan.entries());
     mUpdates.makeRoom(mPlan.updateEntries());
     mInverseDiagonal.resize(mPlan.pivots() + 1);

@@ -53,6 +53,9 @@ private:
     template <int Count>
     class Solution;
 
+    void gatherBlocks(const DynsConstraints& c);
+    void addProduct(KitReal* out, int ld, int block, const KitReal* gm, int columns,
+                    int rows) const;
     void assembleRows(const DynsConstraints& c, int node, const Scratch& scratch);
     void assembleHub(const DynsConstraints& c, int hub, int column, int node,
                      const Scratch& scratch);
@@ -89,7 +92,9 @@ private:
     DynsRawBuffer mL, mUpdates;
     KitAlignedVector<KitReal> mInverseDiagonal;
     KitAlignedVector<int> mConstraintOf; ///< block: its constraint
-    std::vector<Scratch> mScratch;       ///< slot of a round
-    std::vector<Sides> mSides;           ///< group of right-hand sides
+    KitAlignedVector<KitReal> mBlocks;   ///< see gatherBlocks()
+    KitAlignedVector<std::size_t> mBlockStart;
+    std::vector<Scratch> mScratch; ///< slot of a round
+    std::vector<Sides> mSides;     ///< group of right-hand sides
     DynsParallelFor mTasks, mStrips;
 };
