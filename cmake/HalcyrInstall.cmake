@@ -3,11 +3,11 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 function(halcyr_install)
-  foreach(folder KitGlobals DynKiro DynBcl Dyn Col hy)
+  foreach(folder KitGlobals DynKiro DynBcl Dyn Col hy rec)
     install(DIRECTORY ${folder}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
       FILES_MATCHING PATTERN "*.h")
   endforeach()
-  install(TARGETS halcyr EXPORT HalcyrTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  install(TARGETS halcyr halcyr_rec EXPORT HalcyrTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(EXPORT HalcyrTargets NAMESPACE Halcyr::
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Halcyr)
   configure_package_config_file(cmake/HalcyrConfig.cmake.in HalcyrConfig.cmake

@@ -33,3 +33,15 @@ function(halcyr_add_library)
   set_target_properties(halcyr PROPERTIES
     LINKER_LANGUAGE CXX VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()
+
+# A module stands above the library, as a shared library of its own in a folder of its own.
+function(halcyr_add_module name)
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/src/*.cpp)
+  add_library(halcyr_${name} SHARED ${sources})
+  add_library(Halcyr::${name} ALIAS halcyr_${name})
+  target_include_directories(halcyr_${name} PUBLIC
+    $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${name}/include> $<INSTALL_INTERFACE:include>)
+  target_link_libraries(halcyr_${name} PUBLIC halcyr PRIVATE $<BUILD_INTERFACE:halcyr_flags>)
+  set_target_properties(halcyr_${name} PROPERTIES
+    EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()

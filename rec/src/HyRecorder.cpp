@@ -1,0 +1,363 @@
+#include <Rec/HyRecorder.h>
+
+#include "RunDocument.h"
+#include "RunShape.h"
+#include "RunTrack.h"
+#include "WholeFile.h"
+
+#include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyDynamicsContact.h>
+#include <Hy/HyFrame.h>
+#include <Hy/HyMessage.h>
+#include <Hy/HyPart.h>
+#include <Hy/HyQuaternion.h>
+#include <Hy/HyStepperBase.h>
+#include <Hy/HyUniverse.h>
+#include <Hy/HyUniverseObserver.h>
+#include <Kit/KitProfile.h>
+#include <Rec/HyChannels.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace Hy {
+
+namespace {
+
+/// Room for times is made at the start for the samples of a scene of this many moving parts and more.
+constexpr std::size_t kFewParts = 8;
+
+/// False if a number does not fit.
+bool toSample(const HyTransform& pose, const HyVector3& origin, RunSample& sample) {
+    const HyQuaternion q(pose);
+    const HyVector3 p = pose.t() - origin;
+    const HyReal values[7] = {p[0], p[1], p[2], q.x(), q.y(), q.z(), q.w()};
+    bool fits = true;
+    for (int i = 0; i < 7; ++i) {
+        sample.value[i] = static_cast<float>(values[i]);
+        fits = fits && std::isfinite(sample.value[i]);
+    }
+    return fits;
+}
+
+} // namespace
+
+struct HyRecorder::Run : HyUniverseObserver {
+    /// Calls at the end of each step of the frame, which owns it.
+    class Stepper : public HyStepperBase {
+    public:
+        /// After all others.
+        explicit Stepper(Run& run) : HyStepperBase(std::numeric_limits<int>::max()), mRun(run) {}
+        ~Stepper() override { mRun.stepper = nullptr; }
+
+    private:
+        void preUpdateImpl() override { mRun.begin(); }
+        void detectCollisionsImpl(HyReal) override {}
+        void advanceKinematicsImpl(HyReal) override {}
+        void solveDynamicsImpl(HyReal) override {}
+        void revertDynamicsImpl() override {}
+        void advanceDynamicsImpl(HyReal) override {}
+        void postUpdateImpl() override { mRun.advance(HyFrame::currentInstance()->getTimeStep()); }
+
+        Run& mRun;
+    };
+
+    /// What an actor shows: one of the two.
+    struct Source {
+        const HyPart* part = nullptr;
+        const HyCollisionGeometry* geometry = nullptr;
+        std::size_t actor = 0;
+        bool isDescribed = false; ///< its shapes are known
+
+        [[nodiscard]] const void* key() const {
+            return part ? static_cast<const void*>(part) : geometry;
+        }
+    };
+
+    Run(HyUniverse& universe, const Options& given);
+    ~Run() override { delete stepper; }
+
+    void begin();
+    void advance(HyReal dt);
+    void sample();
+    void end();
+
+    void onUniverseAboutToBeDestroyed() override { end(); }
+    void onPartAdded(HyPart* part) override { join({.part = part}); }
+    void onPartRemoved(HyPart* part) override { leave(part); }
+    void onCollisionGeometryAdded(HyCollisionGeometry* geometry) override;
+    void onCollisionGeometryRemoved(HyCollisionGeometry* geometry) override;
+
+    void join(Source source);
+    void leave(const void* key);
+    void renewShapes();
+    bool describe(Source& source);
+    bool samplePose(Source& source, std::uint32_t frame);
+    bool sampleContacts(std::uint32_t frame);
+    void warnOfPose(const RunActor& actor);
+    void endForWantOfMemory();
+
+    HyUniverse* universe;
+    Options options;
+    RunChunks chunks;
+    Stepper* stepper = nullptr;
+    HyChannels* channels = nullptr;
+    std::vector<Source> sources; ///< what is there, in the order in which it came
+    std::vector<RunActor> actors;
+    RunTrack contacts;
+    std::vector<double> times; ///< of the samples, s
+    double clock = 0;          ///< recorded time, s
+    double nextSample = 0;     ///< s
+    bool isPaused = false;
+    bool areShapesStale = false;
+    bool hasWarnedOfPose = false;
+};
+
+HyRecorder::Run::Run(HyUniverse& observed, const Options& given)
+    : universe(&observed), options(given), chunks(given.memoryCap) {
+    if (!std::isfinite(options.rate) || options.rate < 0) {
+        HyWarning(12, "HyRecorder: the rate must be finite and not negative.\n");
+        options.rate = 0;
+    }
+    if (!std::isfinite(options.origin.norm())) {
+        HyWarning(12, "HyRecorder: the origin must be finite.\n");
+        options.origin = {};
+    }
+    if (chunks.isEmpty()) {
+        HyWarning(12, "HyRecorder: there is no memory for %zu bytes of samples.\n",
+                  options.memoryCap);
+        universe = nullptr;
+        return;
+    }
+    times.reserve(options.memoryCap / (kFewParts * sizeof(RunSample)));
+    observed.registerObserver(this, true);
+    stepper = new Stepper(*this);
+    HyFrame::instance()->addStepper(stepper);
+}
+
+void HyRecorder::Run::end() {
+    if (universe)
+        universe->unregisterObserver(this, false);
+    universe = nullptr;
+    sources.clear();
+}
+
+void HyRecorder::Run::join(Source source) {
+    source.actor = actors.size();
+    RunActor& actor = actors.emplace_back();
+    const HyBase* const named =
+        source.part ? static_cast<const HyBase*>(source.part) : source.geometry;
+    actor.name = named->getName();
+    sources.push_back(source);
+}
+
+void HyRecorder::Run::leave(const void* key) {
+    const auto found = std::find_if(sources.begin(), sources.end(),
+                                    [key](const Source& source) { return source.key() == key; });
+    if (found == sources.end())
+        return;
+    actors[found->actor].gone = static_cast<std::uint32_t>(times.size());
+    sources.erase(found);
+}
+
+void HyRecorder::Run::onCollisionGeometryAdded(HyCollisionGeometry* geometry) {
+    if (geometry->getPart() || geometry->getParent())
+        areShapesStale = true;
+    else
+        join({.geometry = geometry});
+}
+
+void HyRecorder::Run::onCollisionGeometryRemoved(HyCollisionGeometry* geometry) {
+    areShapesStale = true;
+    leave(geometry);
+}
+
+/// Shapes are looked at when the first sample is taken, by when the scene is complete.
+/// @return whether they are others than before
+bool HyRecorder::Run::describe(Source& source) {
+    RunActor& actor = actors[source.actor];
+    std::vector<RunShape> shapes =
+        source.part ? describeShapes(*source.part) : describeShapes(*source.geometry);
+    const bool isOther = source.isDescribed && shapes != actor.shapes;
+    actor.shapes = std::move(shapes);
+    actor.isStatic = source.part ? source.part->getControl() == HyPart::kControlStatic
+                                 : source.geometry->isStatic();
+    source.isDescribed = true;
+    return isOther;
+}
+
+/// A thing whose shapes have changed leaves, and comes as another.
+void HyRecorder::Run::renewShapes() {
+    areShapesStale = false;
+    const std::vector<Source> present = sources;
+    for (Source source : present) {
+        if (!source.isDescribed)
+            continue;
+        std::vector<RunShape> before = actors[source.actor].shapes;
+        if (describe(source)) {
+            actors[source.actor].shapes = std::move(before);
+            leave(source.key());
+            join({.part = source.part, .geometry = source.geometry});
+        }
+    }
+}
+
+void HyRecorder::Run::begin() {
+    if (universe && times.empty() && !isPaused)
+        sample();
+}
+
+void HyRecorder::Run::advance(HyReal dt) {
+    if (!universe || isPaused)
+        return;
+    if (times.empty()) {
+        sample();
+        return;
+    }
+    clock += dt;
+    // Sums of steps miss the time of a sample by rounding only.
+    if (clock < nextSample - 1e-6 * dt)
+        return;
+    sample();
+}
+
+void HyRecorder::Run::sample() {
+    const KitProfileScope zone("record");
+    if (areShapesStale)
+        renewShapes();
+    const auto frame = static_cast<std::uint32_t>(times.size());
+    times.push_back(clock);
+    for (Source& source : sources) {
+        if (!samplePose(source, frame))
+            return endForWantOfMemory();
+    }
+    if (options.contacts && !sampleContacts(frame))
+        return endForWantOfMemory();
+    if (options.rate > 0)
+        while (nextSample <= clock)
+            nextSample += 1 / options.rate;
+    if (channels)
+        channels->sample(clock);
+}
+
+/// False when memory is full.
+bool HyRecorder::Run::samplePose(Source& source, std::uint32_t frame) {
+    if (!source.isDescribed)
+        describe(source);
+    RunActor& actor = actors[source.actor];
+    RunSample pose;
+    pose.frame = frame;
+    const HyTransform place =
+        source.part ? source.part->getTransform() : source.geometry->getTransformAbsolute();
+    if (!toSample(place, options.origin, pose)) {
+        warnOfPose(actor);
+        return true;
+    }
+    return actor.track.appendPose(chunks, pose);
+}
+
+void HyRecorder::Run::warnOfPose(const RunActor& actor) {
+    if (!hasWarnedOfPose)
+        HyWarning(
+            12,
+            "HyRecorder: the pose of \"%s\" must be finite: the one before is kept, for others "
+            "too without a further warning.\n",
+            actor.name.c_str());
+    hasWarnedOfPose = true;
+}
+
+void HyRecorder::Run::endForWantOfMemory() {
+    HyWarning(12, "HyRecorder: its %zu bytes of samples are full: the recording ends.\n",
+              chunks.getUsedBytes());
+    end();
+}
+
+bool HyRecorder::Run::sampleContacts(std::uint32_t frame) {
+    const auto end = universe->dynamicsContactEnd();
+    for (auto it = universe->dynamicsContactBegin(); it != end; ++it) {
+        HyVector3 point, force;
+        (*it)->getPosition(point);
+        (*it)->getForce(0, force);
+        RunSample contact{.frame = frame, .value = {}};
+        for (int i = 0; i < 3; ++i) {
+            contact.value[i] = static_cast<float>(point[i] - options.origin[i]);
+            contact.value[3 + i] = static_cast<float>(force[i]);
+        }
+        const bool fits = std::all_of(contact.value, contact.value + 6,
+                                      [](float number) { return std::isfinite(number); });
+        if (fits && !contacts.append(chunks, contact))
+            return false;
+    }
+    return true;
+}
+
+HyRecorder::HyRecorder(HyUniverse* universe, const Options& options) {
+    if (!universe) {
+        HyWarning(12, "HyRecorder: the universe must not be null.\n");
+        return;
+    }
+    mRun = std::make_unique<Run>(*universe, options);
+}
+
+HyRecorder::~HyRecorder() = default;
+
+void HyRecorder::setChannels(HyChannels* channels) {
+    if (mRun)
+        mRun->channels = channels;
+}
+
+void HyRecorder::pause(bool on) {
+    if (mRun)
+        mRun->isPaused = on;
+}
+
+bool HyRecorder::isPaused() const {
+    return mRun && mRun->isPaused;
+}
+
+void HyRecorder::stop() {
+    if (mRun)
+        mRun->end();
+}
+
+bool HyRecorder::isRecording() const {
+    return mRun && mRun->universe;
+}
+
+void HyRecorder::advance(HyReal dt) {
+    if (!std::isfinite(dt) || dt < 0)
+        HyWarning(12, "HyRecorder::advance: the time must be finite and not negative.\n");
+    else if (mRun)
+        mRun->advance(dt);
+}
+
+HyReal HyRecorder::getDuration() const {
+    return mRun && !mRun->times.empty() ? mRun->times.back() : 0;
+}
+
+std::size_t HyRecorder::getSampleCount() const {
+    return mRun ? mRun->times.size() : 0;
+}
+
+std::size_t HyRecorder::getUsedMemory() const {
+    return mRun ? mRun->chunks.getUsedBytes() : 0;
+}
+
+bool HyRecorder::write(const char* path) const {
+    if (!mRun) {
+        HyWarning(12, "HyRecorder::write: there is no recording.\n");
+        return false;
+    }
+    return writeWholeFile("HyRecorder::write", path,
+                          makeRunDocument({.actors = mRun->actors,
+                                           .contacts = mRun->contacts,
+                                           .withContacts = mRun->options.contacts,
+                                           .chunks = mRun->chunks,
+                                           .times = mRun->times,
+                                           .origin = mRun->options.origin}));
+}
+
+} // namespace Hy
