@@ -30,6 +30,9 @@ namespace {
 /// Room for times is made at the start for the samples of a scene of this many moving parts and more.
 constexpr std::size_t kFewParts = 8;
 
+/// Of a step or of a sample's time.
+constexpr double kClockTolerance = 1e-6;
+
 /// False if a number does not fit.
 bool toSample(const HyTransform& pose, const HyVector3& origin, RunSample& sample) {
     const HyQuaternion q(pose);
@@ -219,7 +222,7 @@ void HyRecorder::Run::advance(HyReal dt) {
     }
     clock += dt;
     // Sums of steps miss the time of a sample by rounding only.
-    if (clock < nextSample - 1e-6 * dt)
+    if (options.rate > 0 && clock < nextSample - kClockTolerance * dt)
         return;
     sample();
 }
@@ -237,8 +240,7 @@ void HyRecorder::Run::sample() {
     if (options.contacts && !sampleContacts(frame))
         return endForWantOfMemory();
     if (options.rate > 0)
-        while (nextSample <= clock)
-            nextSample += 1 / options.rate;
+        nextSample = (std::floor(clock * options.rate + kClockTolerance) + 1) / options.rate;
     if (channels)
         channels->sample(clock);
 }

@@ -48,12 +48,12 @@ CxFloatBox CxBoxTree::nodeBox(const Node& node) noexcept {
 
 int CxBoxTree::newNode(int place) {
     int node = 0;
-    if (mFreeNodes.empty()) {
+    if (mFirstFree < 0) {
         node = static_cast<int>(mNodes.size());
         mNodes.emplace_back();
     } else {
-        node = mFreeNodes.back();
-        mFreeNodes.pop_back();
+        node = mFirstFree;
+        mFirstFree = mNodes[idx(node)].place;
     }
     Node& n = mNodes[idx(node)];
     for (int slot = 0; slot < 4; ++slot)
@@ -64,7 +64,8 @@ int CxBoxTree::newNode(int place) {
 }
 
 void CxBoxTree::freeNode(int node) {
-    mFreeNodes.push_back(node);
+    mNodes[idx(node)].place = mFirstFree;
+    mFirstFree = node;
 }
 
 void CxBoxTree::setPlace(int child, int place) {
@@ -185,7 +186,7 @@ void CxBoxTree::Tidy() {
             ids.push_back(static_cast<int>(id));
     if (ids.empty()) {
         mNodes.clear();
-        mFreeNodes.clear();
+        mFirstFree = -1;
         mRoot = -1;
         return;
     }
@@ -193,7 +194,7 @@ void CxBoxTree::Tidy() {
     for (const int id : ids)
         mLeafBoxes[idx(id)] = slotBox(mNodes[idx(mPlace[idx(id)] / 4)], mPlace[idx(id)] % 4);
     mNodes.clear();
-    mFreeNodes.clear();
+    mFirstFree = -1;
     mRoot = build(ids.data(), ids.data() + ids.size(), -1);
 }
 
