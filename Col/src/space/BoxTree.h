@@ -126,8 +126,8 @@ private:
         Lanes min[3]; ///< an empty slot has min above max and meets nothing
         Lanes max[3];
         int child[4]; ///< node, or ~id of a leaf, or kEmpty
-    int place;    ///< 4 node + slot of the parent, -1 for the root; of an unused node, the next such
-        int used;     ///< slots in use
+        int place; ///< 4 node + slot of the parent, -1 for the root; of an unused node, the next such
+        int used; ///< slots in use
     };
 
     static std::size_t idx(int i) noexcept { return static_cast<std::size_t>(i); }
@@ -170,7 +170,7 @@ private:
     int build(int* first, int* last, int place);
 
     KitAlignedVector<Node> mNodes;
-    int mFirstFree = -1; ///< head of the chain of unused nodes, -1 at its end
+    int mFirstFree = -1;     ///< head of the chain of unused nodes, -1 at its end
     std::vector<int> mPlace; ///< by id: 4 node + slot, -1 if not in the tree
     std::vector<int> mScratch;
     std::vector<CxFloatBox> mLeafBoxes; ///< by id, while the tree is built anew
