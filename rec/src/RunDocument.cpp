@@ -3,6 +3,8 @@
 #include "GlbDocument.h"
 #include "KeyThinning.h"
 
+#include <Hy/HyQuaternion.h>
+
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -28,6 +30,33 @@ double lerp(float a, float b, double t) {
     return static_cast<double>(a) + t * (static_cast<double>(b) - static_cast<double>(a));
 }
 
+/// Where the run goes on: a ball about the positions of all samples.
+struct Reach {
+    HyVector3 centre{};
+    HyReal radius = 5; ///< m, of the smallest ground that looks like one
+};
+
+Reach reachOf(const RunContents& run) {
+    HyVector3 low, high;
+    bool isFirst = true;
+    for (const RunActor& actor : run.actors) {
+        if (actor.isStatic)
+            continue;
+        for (const RunSample& sample : actor.track.read(run.chunks)) {
+            for (int i = 0; i < 3; ++i) {
+                const auto value = static_cast<HyReal>(sample.value[i]);
+                low[i] = isFirst ? value : std::min(low[i], value);
+                high[i] = isFirst ? value : std::max(high[i], value);
+            }
+            isFirst = false;
+        }
+    }
+    Reach reach;
+    reach.centre = (low + high) * 0.5;
+    reach.radius = std::clamp((high - low).norm() / 2, reach.radius, 500.0);
+    return reach;
+}
+
 /// Writes one run into a document, thing by thing.
 class RunWriter {
 public:
@@ -36,7 +65,8 @@ public:
 
 private:
     void addActor(const RunActor& actor);
-    std::size_t addMesh(const std::vector<RunShape>& shapes, std::size_t colour);
+    RunShape shapeToDraw(const RunShape& shape, const RunSample& pose) const;
+    std::size_t addMesh(const RunActor& actor, const RunSample& pose, std::size_t colour);
     std::string addPrimitive(const RunShape& shape, std::size_t colour);
     void animate(std::size_t node, const RunActor& actor, const std::vector<RunSample>& samples);
     void addChannel(std::size_t node, const char* path, std::size_t times, std::size_t values,
@@ -46,7 +76,7 @@ private:
     std::string contacts();
 
     const RunContents& mRun;
-    double mPlaneHalfSize;
+    Reach mReach;
     GlbDocument mDocument;
     JsonList mNodes, mMeshes, mChannels, mSamplers, mChildren;
     std::map<std::string, std::string> mShapeAttributes; ///< accessors of a shape by its numbers
@@ -62,17 +92,22 @@ std::string numbersOf(const RunShape& shape) {
     return key;
 }
 
-/// Half side of the square that stands for a plane: what was recorded stays well within.
-double planeHalfSize(const RunContents& run) {
-    double reach = 5;
-    for (const RunActor& actor : run.actors)
-        for (const RunSample& sample : actor.track.read(run.chunks))
-            for (int i = 0; i < 3; ++i)
-                reach = std::max(reach, std::abs(static_cast<double>(sample.value[i])));
-    return std::min(2 * reach, 1000.0);
-}
+RunWriter::RunWriter(const RunContents& run) : mRun(run), mReach(reachOf(run)) {}
 
-RunWriter::RunWriter(const RunContents& run) : mRun(run), mPlaneHalfSize(planeHalfSize(run)) {}
+/// A plane is drawn about the point of it that is nearest to the run.
+RunShape RunWriter::shapeToDraw(const RunShape& shape, const RunSample& pose) const {
+    RunShape drawn = shape;
+    if (shape.kind == RunShape::Kind::plane) {
+        const float* const p = pose.value;
+        const HyTransform node(HyQuaternion(static_cast<HyReal>(p[6]), static_cast<HyReal>(p[3]),
+                                            static_cast<HyReal>(p[4]), static_cast<HyReal>(p[5])),
+                               HyVector3(static_cast<HyReal>(p[0]), static_cast<HyReal>(p[1]),
+                                         static_cast<HyReal>(p[2])));
+        const HyVector3 nearest = (shape.place * node).inverseTransform(mReach.centre);
+        drawn.size = HyVector3(nearest[0], nearest[1], 2 * mReach.radius);
+    }
+    return drawn;
+}
 
 std::size_t RunWriter::addTimes(const std::vector<std::uint32_t>& frames) {
     const auto [known, isNew] = mTimeAccessors.try_emplace(frames, 0);
@@ -96,7 +131,7 @@ void RunWriter::addChannel(std::size_t node, const char* path, std::size_t times
 std::string RunWriter::addPrimitive(const RunShape& shape, std::size_t colour) {
     const auto [known, isNew] = mShapeAttributes.try_emplace(numbersOf(shape));
     if (isNew) {
-        const RunMesh mesh = tessellate(shape, mPlaneHalfSize);
+        const RunMesh mesh = tessellate(shape);
         const std::size_t positions = mDocument.addCorners(mesh.positions, true);
         const std::size_t normals = mDocument.addCorners(mesh.normals, false);
         const std::size_t indices = mDocument.addIndices(mesh.indices, mesh.positions.size() / 3);
@@ -107,10 +142,10 @@ std::string RunWriter::addPrimitive(const RunShape& shape, std::size_t colour) {
     return known->second + std::to_string(colour) + '}';
 }
 
-std::size_t RunWriter::addMesh(const std::vector<RunShape>& shapes, std::size_t colour) {
+std::size_t RunWriter::addMesh(const RunActor& actor, const RunSample& pose, std::size_t colour) {
     JsonList primitives;
-    for (const RunShape& shape : shapes)
-        primitives.add(addPrimitive(shape, colour));
+    for (const RunShape& shape : actor.shapes)
+        primitives.add(addPrimitive(shapeToDraw(shape, pose), colour));
     const auto [known, isNew] = mMeshIndices.try_emplace(primitives.text(), mMeshes.size());
     if (isNew)
         mMeshes.add("{\"primitives\":" + primitives.text() + '}');
@@ -241,7 +276,7 @@ void RunWriter::addActor(const RunActor& actor) {
     const std::size_t colour = actor.isStatic ? 0 : 1 + mColour++ % (std::size(kColours) - 1);
     std::string text = "{\"name\":" + jsonText(actor.name);
     if (!actor.shapes.empty())
-        text += ",\"mesh\":" + std::to_string(addMesh(actor.shapes, colour));
+        text += ",\"mesh\":" + std::to_string(addMesh(actor, samples.front(), colour));
     const std::span<const float> pose(samples.front().value);
     text += ",\"translation\":" + jsonNumbers(pose.first(3)) +
             ",\"rotation\":" + jsonNumbers(pose.subspan(3, 4)) + '}';

@@ -169,6 +169,15 @@ void addCylinder(MeshBuilder& mesh, HyReal radius, HyReal length) {
     addDisc(mesh, radius, length / 2, 1);
 }
 
+/// @param place middle and half side
+void addSquare(MeshBuilder& mesh, const HyVector3& place) {
+    const HyReal h = place[2];
+    const HyVector3 middle(place[0], place[1], 0);
+    mesh.addQuad({middle + HyVector3(-h, -h, 0), middle + HyVector3(h, -h, 0),
+                  middle + HyVector3(h, h, 0), middle + HyVector3(-h, h, 0)},
+                 {0, 0, 1});
+}
+
 } // namespace
 
 std::vector<RunShape> describeShapes(const HyCollisionGeometry& geometry) {
@@ -187,9 +196,8 @@ std::vector<RunShape> describeShapes(const HyPart& part) {
     return shapes;
 }
 
-RunMesh tessellate(const RunShape& shape, HyReal planeHalfSize) {
+RunMesh tessellate(const RunShape& shape) {
     MeshBuilder mesh(shape.place);
-    const HyReal h = planeHalfSize;
     switch (shape.kind) {
     case RunShape::Kind::box:
         addBox(mesh, shape.size);
@@ -204,7 +212,7 @@ RunMesh tessellate(const RunShape& shape, HyReal planeHalfSize) {
         addCylinder(mesh, shape.size[0], shape.size[1]);
         break;
     case RunShape::Kind::plane:
-        mesh.addQuad({{-h, -h, 0}, {h, -h, 0}, {h, h, 0}, {-h, h, 0}}, {0, 0, 1});
+        addSquare(mesh, shape.size);
         break;
     }
     return mesh.take();

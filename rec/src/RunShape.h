@@ -15,7 +15,7 @@ struct RunShape {
 
     Kind kind = Kind::box;
     /// m. Box: its sides; sphere: radius; capsule, cylinder: radius and length of the straight part;
-    /// plane: nothing.
+    /// plane: middle of the square that is drawn of it in its own axes, and half side of it.
     HyVector3 size{};
     HyTransform place{};
 
@@ -33,7 +33,6 @@ struct RunMesh {
 /// The shapes of a geometry that stands by itself; its own place is that of the node.
 [[nodiscard]] std::vector<RunShape> describeShapes(const HyCollisionGeometry& geometry);
 
-/// @param planeHalfSize a plane is drawn as a square, m
-[[nodiscard]] RunMesh tessellate(const RunShape& shape, HyReal planeHalfSize);
+[[nodiscard]] RunMesh tessellate(const RunShape& shape);
 
 } // namespace Hy
