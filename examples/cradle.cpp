@@ -1,6 +1,8 @@
 // Newton's cradle: five balls on strings, a hair apart, hit with restitution 1. The first one falls from
 // an angle; by momentum m v and energy m v²/2 the last one must leave as the first one came, with
 // v = sqrt(2 g L (1 - cos angle)), and come back.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -17,7 +19,8 @@ constexpr double kGravity = 9.80665;                       // m/s²
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(1.0 / kStepsPerSecond);
     Hy::HyUniverse& universe = frame->getUniverse();
@@ -41,6 +44,9 @@ int main() {
         balls.push_back(ball);
     }
 
+    gallery.channels.add("first ball", "m/s", [&] { return balls[0]->getLinearVelocity()[0]; });
+    gallery.channels.add("last ball", "m/s", [&] { return balls.back()->getLinearVelocity()[0]; });
+    gallery.watch(universe);
     const double speed = std::sqrt(2 * kGravity * kString * (1 - std::cos(kAngle)));
     const double momentum = kMass * speed, energy = 0.5 * kMass * speed * speed;
     std::printf("expected: momentum %.5f kg m/s, energy %.5f J\n", momentum, energy);
@@ -69,6 +75,7 @@ int main() {
         std::printf("%6d %9.3f %10.5f %10.5f %8.4f %8.4f %12.5f\n", ++bounces,
                     static_cast<double>(step) / kStepsPerSecond, std::abs(p), e,
                     std::abs(p) / momentum, e / energy, others);
+        gallery.expect("momentum after a bounce", "kg m/s", momentum, std::abs(p));
         right =
             right && std::abs(e / energy - 1) < 0.02 && std::abs(std::abs(p) / momentum - 1) < 0.02;
         fastest = 0;

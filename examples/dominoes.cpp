@@ -1,5 +1,7 @@
 // Twenty dominoes: a push on the first one runs through the row. Printed: when each falls, the speed of
 // the wave once it runs evenly, and what the energy of the row does.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <cmath>
@@ -26,7 +28,8 @@ bool hasFallen(const Hy::HyPart& domino) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(1.0 / kStepsPerSecond);
     Hy::HyUniverse& universe = frame->getUniverse();
@@ -48,6 +51,8 @@ int main() {
         universe.addPart(domino);
         dominoes.push_back(domino);
     }
+    gallery.channels.add("energy", "J", [&] { return energyOf(dominoes); });
+    gallery.watch(universe);
     frame->step();
     dominoes[0]->setAngularVelocity(0, 1.5, 0);
     const double start = energyOf(dominoes);
@@ -73,6 +78,8 @@ int main() {
                     kSpacing * (kCount - 2 - kCount / 2) / (to - from),
                     kSpacing * (kCount - 2 - kCount / 2) / (to - from) /
                         std::sqrt(kGravity * kHeight));
+    gallery.measure("speed of the wave", "m/s", kSpacing * (kCount - 2 - kCount / 2) / (to - from));
+    gallery.expect("energy above the push", "J", 0, highest - start);
     std::printf("energy: %.2f J pushed, at most %.4f J above that, %.2f J left\n", start,
                 highest - start, energyOf(dominoes));
     Hy::HyFrame::release();

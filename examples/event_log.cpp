@@ -1,5 +1,7 @@
 // Who touches whom, as it happens: a ball drops through a sensor onto a table and rolls off. A rule,
 // switched on while it rolls, then lets it fall through the floor.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <cstdio>
@@ -43,7 +45,8 @@ Hy::HyPart* addStatic(Hy::HyUniverse& universe, const char* name, Hy::HyGeometry
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     Hy::HyUniverse& universe = frame->getUniverse();
     Hy::HyPart* floor = addStatic(universe, "floor", new Hy::HyPlane, Hy::HyVector3(0, 0, 0));
@@ -66,6 +69,8 @@ int main() {
         universe.addIntersectSubscriber(part, part, event, &log);
         universe.addIntersectSubscriber(sensor, part, event, &log);
     }
+    gallery.channels.add("height", "m", [ball] { return ball->getPosition()[2]; });
+    gallery.watch(universe);
     const auto run = [&](int steps) {
         for (int step = 0; step < steps; ++step) {
             log.time += frame->getTimeStep();
@@ -79,6 +84,7 @@ int main() {
     run(60);
     std::printf("the ball is at a height of %.2f m; %d events\n", ball->getPosition()[2],
                 log.lines);
+    gallery.measure("events told", "", log.lines);
     const bool through = ball->getPosition()[2] < 0;
     Hy::HyFrame::release();
     return through ? 0 : 1;

@@ -1,6 +1,8 @@
 // A planar crank and rocker with four hinges: twenty equations, of which three say nothing new. It
 // turns for an hour, and is looked at for drift.
 // Usage: fourbar [plot.csv]
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -37,6 +39,7 @@ Hy::HyHinge* addHinge(Hy::HyUniverse& universe, Hy::HyPart* a, Hy::HyPart* b, co
 } // namespace
 
 int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     Hy::HyUniverse& universe = frame->getUniverse();
     universe.setAutoSleep(false);
@@ -56,6 +59,10 @@ int main(int argc, char** argv) {
     hinges[0]->setMotorParameters(0, 3, 1000, 0); // rad/s, N m
     hinges[0]->setControl(0, Hy::HyConstraint::kControlMotorized);
 
+    gallery.channels.add("motor torque", "N m", [&] { return hinges[0]->getCoordinateForce(0); });
+    gallery.channels.add("rocker", "rad",
+                         [&] { return hinges[3]->getCoordinateCurrentPosition(0); });
+    gallery.watch(universe);
     std::FILE* plot = argc > 1 ? std::fopen(argv[1], "w") : nullptr;
     if (plot != nullptr)
         std::fprintf(plot, "time,crank,rocker,torque\n");
@@ -70,6 +77,8 @@ int main(int argc, char** argv) {
                 (hinge->getPartAttachmentPosition(0) - hinge->getPartAttachmentPosition(1)).norm());
         for (const Hy::HyPart* bar : {crank, coupler, rocker})
             out = std::max(out, std::abs(bar->getPosition()[1]));
+        if (n == 600)
+            gallery.stop();
         const double angle = hinges[0]->getCoordinateCurrentPosition(0);
         const double torque = hinges[0]->getCoordinateForce(0);
         if (plot != nullptr && n <= 600)
@@ -81,6 +90,9 @@ int main(int argc, char** argv) {
     }
     if (plot != nullptr)
         std::fclose(plot);
+    gallery.expect("turns in an hour", "", 3600 * 3 / (2 * std::numbers::pi),
+                   hinges[0]->getCoordinateCurrentPosition(0) / (2 * std::numbers::pi));
+    gallery.expect("widest gap of a hinge in an hour", "m", 0, worst);
     std::printf("asked for %.3f turns\n", 3600 * 3 / (2 * std::numbers::pi));
     Hy::HyFrame::release();
 }

@@ -1,5 +1,7 @@
 // A thousand boxes fall on one heap, slide and come to rest. Printed: the time of a step, energy, contacts
 // and overlap as the heap grows still, and what it costs once it sleeps.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -30,7 +32,8 @@ double median(std::vector<double>& values) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     Hy::HyUniverse& universe = frame->getUniverse();
     Hy::HySolverParameters* solver = universe.getSolverParameters(0);
@@ -65,6 +68,8 @@ int main() {
         boxes.push_back(box);
     }
 
+    gallery.channels.add("energy", "J", [&] { return energyOf(boxes); });
+    gallery.watch(universe, {.rate = 30});
     const double start = energyOf(boxes);
     double highest = start;
     std::vector<double> milliseconds;
@@ -96,6 +101,8 @@ int main() {
     int lost = 0;
     for (const Hy::HyPart* box : boxes)
         lost += box->getPosition()[2] < 0;
+    gallery.expect("boxes lost of 1000", "", 0, lost);
+    gallery.expect("energy above the start", "J", 0, highest - start);
     std::printf("energy rose by %.3g J at most; %d boxes lost\n", highest - start, lost);
     Hy::HyFrame::release();
     return lost == 0 ? 0 : 1;

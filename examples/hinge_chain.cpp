@@ -1,6 +1,8 @@
 // A chain of twenty links, hinged between stops, is swung by a motor at its base. Printed: the forces
 // in the hinges and how far apart any hinge has come.
 // Usage: hinge_chain [plot.csv]
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -25,6 +27,7 @@ double gap(const Hy::HyHinge& hinge) {
 } // namespace
 
 int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     constexpr int kStepsPerSecond = 240;
     frame->setTimeStep(1.0 / kStepsPerSecond);
@@ -58,6 +61,9 @@ int main(int argc, char** argv) {
     base.setMotorParameters(0, -0.5, 2000, 0); // rad/s upwards, N m
     base.setControl(0, Hy::HyConstraint::kControlMotorized);
 
+    gallery.channels.add("motor torque", "N m", [&] { return base.getCoordinateForce(0); });
+    gallery.channels.add("base force", "N", [&] { return base.getPartForce(0).norm(); });
+    gallery.watch(universe);
     std::FILE* plot = argc > 1 ? std::fopen(argv[1], "w") : nullptr;
     if (plot != nullptr)
         std::fprintf(plot, "time,base_torque,base_force,tip_x,tip_z,gap\n");
@@ -91,5 +97,7 @@ int main(int argc, char** argv) {
     }
     if (plot != nullptr)
         std::fclose(plot);
+    gallery.expect("widest gap of a hinge", "m", 0, widest);
+    gallery.expect("farthest beyond a stop", "rad", 0, beyond);
     Hy::HyFrame::release();
 }

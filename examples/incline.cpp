@@ -1,6 +1,8 @@
 // A block lies on an incline by four contacts, one under each corner. Below the angle of friction it
 // should stay, above it slide by g (sin a - mu cos a) t^2 / 2, and static friction hold it beyond that
 // angle until something moves it.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <cmath>
@@ -38,7 +40,7 @@ void update(const std::vector<Hy::HyDynamicsContact*>& contacts, const Hy::HyPar
 }
 
 /// Distance that the block slides down from rest, or from a kick in m/s.
-double slide(const Incline& incline, const Material& material, double kick) {
+double slide(const Incline& incline, const Material& material, double kick, Gallery* gallery) {
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(1.0 / kStepsPerSecond);
     Hy::HyUniverse& universe = frame->getUniverse(); // z up, earth gravity
@@ -48,6 +50,12 @@ double slide(const Incline& incline, const Material& material, double kick) {
     block->setPosition(incline.normal() * kHeight);
     block->setLinearVelocity(incline.down() * kick);
     universe.addPart(block);
+    if (gallery) {
+        Gallery::dress(*block, new Hy::HyBox(2 * kHalf, 2 * kHalf, 2 * kHeight));
+        gallery->channels.add("slid", "m",
+                              [=] { return block->getPosition().dot(incline.down()); });
+        gallery->watch(universe);
+    }
 
     std::vector<Hy::HyDynamicsContact*> contacts;
     for (int i = 0; i < 4; ++i) {
@@ -79,7 +87,8 @@ double expected(const Case& c) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     const Case cases[] = {
         {"box", 20, 1, 0, Material::kFrictionModelBox, false},
         {"box", 26, 1, 0, Material::kFrictionModelBox, false},
@@ -102,8 +111,12 @@ int main() {
         const double load = kMass * kGravity * std::cos(c.degrees * kDegree); // N, on four corners
         material.setBoxFrictionForce(Material::kFrictionAxisLinear, kMu * load / 4);
         material.setStaticFrictionScale(Material::kFrictionAxisLinear, c.staticScale);
-        const double distance = slide({c.degrees * kDegree}, material, c.kick);
+        const bool isShown = c.model == Material::kFrictionModelScaledBox && c.degrees == 40;
+        const double distance =
+            slide({c.degrees * kDegree}, material, c.kick, isShown ? &gallery : nullptr);
         std::printf("%-22s  %17.1f  %8.4f  %12.4f\n", c.name, c.degrees, distance, expected(c));
+        if (isShown)
+            gallery.expect("slid in two seconds at 40 degrees", "m", expected(c), distance);
         right = right && std::abs(distance - expected(c)) < 0.005 + 0.005 * expected(c);
     }
     return right ? 0 : 1;

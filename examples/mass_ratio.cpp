@@ -1,6 +1,8 @@
 // Ten rods of 1 kg and 0.1 m carry 1,000 kg, pushed aside: a pendulum whose links would shake
 // themselves to pieces if their tension did not stiffen them.
 // Usage: mass_ratio [plot.csv]
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -36,6 +38,7 @@ Hy::HyBallAndSocket* join(Hy::HyUniverse& universe, Hy::HyPart* a, Hy::HyPart* b
 } // namespace
 
 int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     Hy::HyUniverse& universe = frame->getUniverse();
     universe.setAutoSleep(false);
@@ -53,6 +56,10 @@ int main(int argc, char** argv) {
     joints.push_back(join(universe, load, upper, -kRods * kLength));
     load->setLinearVelocity(0.2, 0, 0);
 
+    gallery.channels.add("force at the top", "N",
+                         [&] { return joints.front()->getPartForce(0).norm(); });
+    gallery.channels.add("load at x", "m", [&] { return load->getPosition()[0]; });
+    gallery.watch(universe);
     std::FILE* plot = argc > 1 ? std::fopen(argv[1], "w") : nullptr;
     if (plot != nullptr)
         std::fprintf(plot, "time,x,z,top_force\n");
@@ -86,6 +93,8 @@ int main(int argc, char** argv) {
         std::fclose(plot);
     std::printf("force at the top: %.1f N on average, the weight is %.1f N\n", mean,
                 (kLoad + kRods * kRodMass) * kGravity);
+    gallery.expect("force at the top on average", "N", (kLoad + kRods * kRodMass) * kGravity, mean);
+    gallery.expect("longest stretch", "m", 0, longest);
     if (crossings.size() > 1)
         std::printf("period %.3f s; a point on a string of the same length %.3f s\n",
                     (crossings.back() - crossings.front()) /

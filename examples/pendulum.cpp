@@ -2,6 +2,8 @@
 // amplitudes and shrinking steps, and the force in the hinge with the one that the motion asks for. A
 // step of h seconds loses energy in proportion to h, and a large swing's period with it.
 // Usage: pendulum [plot.csv]
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <cmath>
@@ -26,7 +28,7 @@ struct Swing {
 };
 
 /// Swings once from rest at an amplitude in rad.
-Swing swing(double amplitude, int stepsPerSecond, std::FILE* plot) {
+Swing swing(double amplitude, int stepsPerSecond, std::FILE* plot, Gallery* gallery) {
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(1.0 / stepsPerSecond);
     Hy::HyUniverse& universe = frame->getUniverse();
@@ -46,6 +48,13 @@ Swing swing(double amplitude, int stepsPerSecond, std::FILE* plot) {
     hinge->setCoordinateCurrentPosition(0, amplitude);
     hinge->setForceCalculateCoordinatePosition(0, true); // keeps count beyond half a turn
 
+    if (gallery) {
+        gallery->channels.add("angle", "rad",
+                              [=] { return hinge->getCoordinateCurrentPosition(0); });
+        gallery->channels.add("force in the hinge", "N",
+                              [=] { return hinge->getPartForce(0).norm(); });
+        gallery->watch(universe);
+    }
     const double start = rod->getKineticEnergy() + kMass * kGravity * rod->getPosition()[2];
     const double bottom = start + kMass * kGravity * kLength / 2; // energy above the lowest point
     double before = amplitude, time = 0, energy = start, worst = 0;
@@ -75,6 +84,7 @@ Swing swing(double amplitude, int stepsPerSecond, std::FILE* plot) {
 } // namespace
 
 int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     std::FILE* plot = argc > 1 ? std::fopen(argv[1], "w") : nullptr;
     if (plot != nullptr)
         std::fprintf(plot, "time,angle,energy,force\n");
@@ -88,7 +98,10 @@ int main(int argc, char** argv) {
             const double expected = 4 * std::sqrt(inertia / (kMass * kGravity * kLength / 2)) *
                                     std::comp_ellint_1(std::sin(amplitude / 2));
             const bool last = degrees == 120.0 && steps == 600;
-            const Swing s = swing(amplitude, steps, last ? plot : nullptr);
+            const Swing s =
+                swing(amplitude, steps, last ? plot : nullptr, last ? &gallery : nullptr);
+            if (last)
+                gallery.expect("period at 120 degrees", "s", expected, s.period);
             std::printf("%15.0f  %7d  %10.5f  %21.5f  %20.2e  %11.1e\n", degrees, steps, s.period,
                         expected, s.energyLoss, s.forceError);
         }

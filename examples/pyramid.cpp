@@ -1,4 +1,6 @@
 // A pyramid of 210 boxes, held by friction alone, should stand still: twenty rows, each box on two.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -22,7 +24,8 @@ Hy::HyMaterial* addMaterial(Hy::HyUniverse& universe, double friction) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     Hy::HyUniverse& universe = frame->getUniverse();
     universe.setAutoSleep(false); // standing still is not falling asleep
@@ -51,6 +54,8 @@ int main() {
             places.push_back(place);
         }
 
+    gallery.channels.add("top of the pyramid", "m", [&] { return boxes.back()->getPosition()[2]; });
+    gallery.watch(universe, {.rate = 10, .contacts = true});
     std::vector<double> milliseconds;
     for (int step = 0; step < kSteps; ++step) {
         const auto start = std::chrono::steady_clock::now();
@@ -80,6 +85,9 @@ int main() {
     }
     std::printf("%zu boxes after %d steps: moved %.2g m at most, fastest %.2g m/s\n", boxes.size(),
                 kSteps, moved, speed);
+    gallery.expect("ground bears", "N", static_cast<double>(boxes.size()) * 9.80665, weight);
+    gallery.expect("moved at most", "m", 0, moved);
+    gallery.measure("deepest overlap", "m", deepest);
     std::printf("%d contacts, deepest %.2g m\n", contacts, deepest);
     std::printf("the ground bears %.3f N of a weight of %.3f N\n", weight,
                 static_cast<double>(boxes.size()) * 9.80665);

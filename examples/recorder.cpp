@@ -1,5 +1,7 @@
 // Records a run on the timeline: an interval for each frame, a marker where a ball lands. The
 // ball falls freely onto the plane, so it should arrive after sqrt(2 h / g).
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 #include <cmath>
 #include <cstdio>
@@ -35,7 +37,8 @@ private:
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(kStep);
     Hy::HyUniverse& universe = frame->getUniverse(); // z up, earth gravity
@@ -51,6 +54,8 @@ int main() {
     producer->registerConsumer(&landings);
     frame->addStepper(producer); // behind the universe: it tells of states after the step
 
+    gallery.channels.add("height", "m", [ball] { return ball->getPosition()[2] - kRadius; });
+    gallery.watch(universe);
     Timing::Timeline& timeline = Timing::Timeline::instance();
     timeline.setRecording(true);
     for (int i = 0; i < 1000; ++i) {
@@ -72,6 +77,7 @@ int main() {
     }
     const double expected = std::sqrt(2 * kHeight / 9.80665);
     std::printf("%d frames, %.1f us each\n", frames, 1e6 * busy / frames);
+    gallery.expect("time of the fall", "s", expected, arrival);
     std::printf("arrived after %.3f s, expected %.3f s\n", arrival, expected);
     timeline.clear();
     Hy::HyFrame::release();

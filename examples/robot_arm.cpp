@@ -2,6 +2,8 @@
 // arm, holds a payload of 5 kg and then swings it. Holding torques are compared with statics, the work
 // of the motors with the energy that the arm gains.
 // Usage: robot_arm [plot.csv]
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <cmath>
@@ -87,6 +89,7 @@ double holdingTorque(int axis) {
 } // namespace
 
 int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     constexpr int kStepsPerSecond = 240;
     frame->setTimeStep(1.0 / kStepsPerSecond);
@@ -110,8 +113,16 @@ int main(int argc, char** argv) {
     grip->enable(true);
     grip->lockAll(true);
 
+    for (int i = 0; i < 3; ++i)
+        gallery.channels.add(("torque of axis " + std::to_string(i + 1)).c_str(), "N m",
+                             [&, i] { return hinges[i]->getCoordinateForce(0); });
+    gallery.watch(universe);
     for (int n = 0; n < kStepsPerSecond; ++n)
         frame->step();
+    gallery.expect("holding torque of the shoulder", "N m", holdingTorque(1),
+                   hinges[1]->getCoordinateForce(0));
+    gallery.expect("holding torque of the elbow", "N m", holdingTorque(2),
+                   hinges[2]->getCoordinateForce(0));
     std::printf("holding the payload:\naxis  torque (N m)  statics (N m)  limit (N m)\n");
     for (int i = 0; i < kAxes; ++i)
         std::printf("%4d  %12.5f  %13.5f  %11.0f\n", i + 1, hinges[i]->getCoordinateForce(0),
@@ -164,5 +175,6 @@ int main(int argc, char** argv) {
     }
     if (plot != nullptr)
         std::fclose(plot);
+    gallery.expect("energy gained by the motors' work", "J", work, energy() - start);
     Hy::HyFrame::release();
 }

@@ -2,6 +2,8 @@
 // The interval follows from the elliptic integral of the free top; the letters show where the handle
 // points. The gyroscopic torque is taken implicitly, which damps the tumbling in proportion to the
 // step: hence short steps here.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <cmath>
@@ -34,7 +36,8 @@ HyVector3 bodySpin(const Hy::HyPart& part) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     // Bar 10 x 1.2 cm, stem 5 x 1.2 cm, steel: moments in kg m^2.
     const double I[3] = {2.1e-5, 7.6e-5, 9.2e-5};
     constexpr int kStepsPerSecond = 9600;
@@ -47,6 +50,9 @@ int main() {
     handle->setMassAndInertia(0.13, tensor);
     universe.addPart(handle);
     handle->setAngularVelocity(0.1, 12, 0.1); // rad/s
+    gallery.channels.add("spin about the middle axis", "rad/s",
+                         [=] { return bodySpin(*handle)[1]; });
+    gallery.watch(universe);
     const HyVector3 L = handle->getAngularMomentum();
     const double energy = handle->getKineticEnergy();
 
@@ -63,10 +69,13 @@ int main() {
                             .c_str());
         if (up * before < 0) {
             const double expected = turnInterval(I, bodySpin(*handle));
-            if (lastTurn > 0)
+            if (lastTurn > 0) {
+                gallery.expect("time between two turns", "s", (lastExpected + expected) / 2,
+                               time - lastTurn);
                 std::printf(
                     "%6.2f s  turned over after %.3f s; from the elliptic integral: %.3f s\n", time,
                     time - lastTurn, (lastExpected + expected) / 2);
+            }
             lastTurn = time;
             lastExpected = expected;
         }

@@ -1,6 +1,8 @@
 // Throws a thousand real objects with spin, under gravity and a steady side wind, for ten seconds, and
 // compares the flight with the closed form and the tumbling with a fine-step free top.
 // Usage: tumblers [objects.csv]
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -149,6 +151,7 @@ double angleError(const Flight& f) {
 } // namespace
 
 int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     const std::vector<Object> objects = readObjects(argc > 1 ? argv[1] : "data/objects.csv");
     if (objects.empty()) {
         std::fprintf(stderr, "no objects: run this from examples/, or give the file's path\n");
@@ -201,6 +204,8 @@ int main(int argc, char** argv) {
     for (const Flight& f : flights)
         load += f.wind - HyVector3(0, 0, f.object->mass * kGravity);
 
+    gallery.channels.add("energy", "J", energy);
+    gallery.watch(universe, {.rate = 15});
     std::printf("%d objects of %zu kinds, %d frames of 1/60 s\n", kObjects, objects.size(),
                 kFrames);
     std::printf("   t (s)  energy (J)  vertical momentum (N s)  turned wrong by (rad): median, "
@@ -237,6 +242,7 @@ int main(int argc, char** argv) {
         angular = std::max(angular, (f.part->getAngularMomentum() - f.angularMomentum).norm() /
                                         f.angularMomentum.norm());
     }
+    gallery.expect("farthest from the closed form", "m", expected, farthest);
     const HyVector3 p = momentum() - momentumStart - t * load;
     std::printf(
         "\nflight against the closed form: off by %.4f m at most; a semi-implicit step is off"

@@ -1,5 +1,7 @@
 // A brick wall stands on its own friction until a heavy ball breaks it. Printed: overlap, energy, contacts
 // and the time of a step, before the ball comes, as it breaks through, and after.
+#include "Gallery.h"
+
 #include <Hy/Hy.h>
 
 #include <algorithm>
@@ -39,7 +41,8 @@ Contacts look(Hy::HyUniverse& universe) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    Gallery gallery(argc, argv);
     Hy::HyFrame* frame = Hy::HyFrame::instance();
     frame->setTimeStep(1.0 / kStepsPerSecond);
     Hy::HyUniverse& universe = frame->getUniverse();
@@ -73,6 +76,8 @@ int main() {
     universe.addPart(ball);
     parts.push_back(ball);
 
+    gallery.channels.add("energy", "J", [&] { return energyOf(parts); });
+    gallery.watch(universe);
     const double start = energyOf(parts);
     double highest = start, deepest = 0, shift = 0, worst = 0;
     std::printf("%8s %12s %10s %13s %12s\n", "time (s)", "overlap (m)", "contacts", "energy (J)",
@@ -100,6 +105,8 @@ int main() {
         lowest = std::min(lowest, part->getPosition()[2]);
         farthest = std::max(farthest, part->getPosition()[0]);
     }
+    gallery.expect("bricks moved before the hit", "m", 0, shift);
+    gallery.expect("energy above the start", "J", 0, highest - start);
     std::printf("before the hit the bricks had moved by %.2g m\n", shift);
     std::printf("energy rose by at most %.3f of what the ball brought in, deepest overlap %.4f m, "
                 "longest step %.1f ms\n",

@@ -44,11 +44,19 @@ public:
 
     [[nodiscard]] bool isWanted() const { return !mPath.empty(); }
     /// Records a universe from its next step on; channels are added before it.
-    void watch(Hy::HyUniverse& universe, const Hy::HyRecorder::Options& options = {.contacts = true}) {
+    void watch(Hy::HyUniverse& universe,
+               const Hy::HyRecorder::Options& options = {.rate = 60, .contacts = true}) {
         if (!isWanted())
             return;
         mRecorder = std::make_unique<Hy::HyRecorder>(&universe, options);
         mRecorder->setChannels(&channels);
+    }
+    /// Gives a part that has no shape one to be seen by, which neither collides nor weighs.
+    static void dress(Hy::HyPart& part, Hy::HyGeometry* shape) {
+        auto* seen = new Hy::HyCollisionGeometry(shape);
+        seen->setCollisionEnabled(false);
+        seen->setMassEnabled(false);
+        part.addCollisionGeometry(seen);
     }
     /// Ends the recording, for a part of a run that is not to be shown.
     void stop() {
@@ -56,8 +64,8 @@ public:
             mRecorder->stop();
     }
     void expect(const char* name, const char* unit, double expected, double measured) {
-        mFacts += std::string(mFacts.empty() ? "" : ",\n") + "  {\"name\": \"" + name + "\", \"unit\": \"" +
-                  unit + "\", \"expected\": " + number(expected) +
+        mFacts += std::string(mFacts.empty() ? "" : ",\n") + "  {\"name\": \"" + name +
+                  "\", \"unit\": \"" + unit + "\", \"expected\": " + number(expected) +
                   ", \"measured\": " + number(measured) + '}';
     }
     void measure(const char* name, const char* unit, double measured) {

@@ -327,14 +327,14 @@ std::string RunWriter::write() {
         nodes.add(std::string_view(others).substr(1, others.size() - 2));
     }
 
-    std::string origin = "[";
+    JsonList origin;
     for (int i = 0; i < 3; ++i)
-        origin += (i ? "," : "") + jsonNumber(mRun.origin[i]);
+        origin.add(jsonNumber(mRun.origin[i]));
     const double duration = mRun.times.empty() ? 0 : mRun.times.back();
     std::string members =
-        "\"scene\":0,\"scenes\":[{\"nodes\":[0],\"extras\":{\"origin\":" + origin +
-        "],\"duration\":" + jsonNumber(duration) +
-        (mRun.withContacts ? contacts() : std::string()) + "}}],\"nodes\":" + nodes.text() + ',';
+        "\"scene\":0,\"scenes\":[{\"nodes\":[0],\"extras\":{\"origin\":" + origin.text() +
+        ",\"duration\":" + jsonNumber(duration) + (mRun.withContacts ? contacts() : std::string()) +
+        "}}],\"nodes\":" + nodes.text() + ',';
     if (!mMeshes.empty())
         members += "\"meshes\":" + mMeshes.text() + ",\"materials\":" + materials() + ',';
     if (!mChannels.empty())
