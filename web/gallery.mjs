@@ -30,11 +30,9 @@ function storyOf(name) {
 /** Takes a still where most is to be seen, a third into the run. */
 async function takeStill(browser, name) {
   const url = pathToFileURL(path.resolve(inFolder(`${name}.html`))).href;
-  const { page, complaints } = await openPlayer(browser, url, { width: 960, height: 600 });
-  await page.addStyleTag({ content: 'header, footer, aside { display: none !important } main { grid-template-columns: 1fr !important }' });
-  await page.waitForTimeout(200); // the view takes its new size
+  const { page, complaints } = await openPlayer(browser, url, { width: 1280, height: 720 });
   await page.evaluate(() => { window.halcyr.seek(window.halcyr.duration / 3); window.halcyr.draw(); });
-  await page.screenshot({ path: inFolder(`${name}.png`) });
+  await page.locator('#view').screenshot({ path: inFolder(`${name}.png`) });
   await page.close();
   if (complaints.length > 0) throw new Error(`${name}: ${complaints.join('; ')}`);
 }

@@ -104,7 +104,7 @@ RunShape RunWriter::shapeToDraw(const RunShape& shape, const RunSample& pose) co
                                HyVector3(static_cast<HyReal>(p[0]), static_cast<HyReal>(p[1]),
                                          static_cast<HyReal>(p[2])));
         const HyVector3 nearest = (shape.place * node).inverseTransform(mReach.centre);
-        drawn.size = HyVector3(nearest[0], nearest[1], 2 * mReach.radius);
+        drawn.size = HyVector3(nearest[0], nearest[1], 4 * mReach.radius);
     }
     return drawn;
 }
