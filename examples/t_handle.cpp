@@ -50,6 +50,8 @@ int main(int argc, char** argv) {
     handle->setMassAndInertia(0.13, tensor);
     universe.addPart(handle);
     handle->setAngularVelocity(0.1, 12, 0.1); // rad/s
+    Gallery::dress(*handle, new Hy::HyBox(0.012, 0.1, 0.012), HyVector3(0.01, 0, 0));
+    Gallery::dress(*handle, new Hy::HyBox(0.05, 0.012, 0.012), HyVector3(-0.021, 0, 0));
     gallery.channels.add("spin about the middle axis", "rad/s",
                          [=] { return bodySpin(*handle)[1]; });
     gallery.watch(universe);

@@ -52,8 +52,10 @@ public:
         mRecorder->setChannels(&channels);
     }
     /// Gives a part that has no shape one to be seen by, which neither collides nor weighs.
-    static void dress(Hy::HyPart& part, Hy::HyGeometry* shape) {
+    static void dress(Hy::HyPart& part, Hy::HyGeometry* shape,
+                      const Hy::HyVector3& place = Hy::HyVector3()) {
         auto* seen = new Hy::HyCollisionGeometry(shape);
+        seen->setTransformRelative(Hy::HyTransform(place));
         seen->setCollisionEnabled(false);
         seen->setMassEnabled(false);
         part.addCollisionGeometry(seen);

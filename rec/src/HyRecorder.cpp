@@ -186,8 +186,8 @@ bool HyRecorder::Run::describe(Source& source) {
         source.part ? describeShapes(*source.part) : describeShapes(*source.geometry);
     const bool isOther = source.isDescribed && shapes != actor.shapes;
     actor.shapes = std::move(shapes);
-    actor.isStatic = source.part ? source.part->getControl() == HyPart::kControlStatic
-                                 : source.geometry->isStatic();
+    // A geometry of the universe itself stands where it was put.
+    actor.isStatic = !source.part || source.part->getControl() == HyPart::kControlStatic;
     source.isDescribed = true;
     return isOther;
 }

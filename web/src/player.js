@@ -24,6 +24,7 @@ class Player {
     try {
       this.view = new View(byId('view'), run);
       this.view.onChange = () => this.wantPicture();
+      this.view.onFollow = (index) => this.follow(index);
     } catch (error) {
       byId('notice').textContent = `No picture: ${error.message}`;
       byId('notice').hidden = false;
@@ -34,6 +35,7 @@ class Player {
     this.fillControls();
     this.bindKeys();
     this.seek(0);
+    this.view?.frameAll();
   }
 
   seek(time) {

@@ -16,6 +16,9 @@ export class Run {
     run.nodes = await Promise.all(
       json.nodes.slice(1).map((_, i) => gltf.parser.getDependency('node', i + 1)));
     run.names = json.nodes.slice(1).map((node) => node.name);
+    // The first material is that of what stands still.
+    run.isStatic = json.nodes.slice(1).map(({ mesh }) =>
+      mesh !== undefined && json.meshes[mesh].primitives[0].material === 0);
     run.contacts = extras.contacts ? await readContacts(gltf.parser, extras.contacts) : null;
     run.mixer = new AnimationMixer(gltf.scene);
     run.action = null;

@@ -10,7 +10,9 @@ import { mergeGeometries } from 'three/examples/jsm/utils/BufferGeometryUtils.js
 const kSky = new Color('#dfe7ee');
 const kLabels = 60; // more are not readable
 const kSamplesOfBounds = 40;
-const kFarFlight = 100; // m
+const kFewThings = 20;
+const kGroundRatio = 8; // of a ground's size to that of the things
+const kFarthest = 60; // radii of a thing from which it is still seen
 const kUp = new Vector3(0, 0, 1);
 
 export class View {
@@ -42,49 +44,57 @@ export class View {
     this.light();
     this.addArrows();
     this.addLabels();
-    this.frameAll();
     new ResizeObserver(() => this.resize()).observe(host);
     this.resize();
   }
 
-  /** Bounds of what moves, over the run. */
+  /** Sizes of the things, and bounds of where they move over the run. */
   measure() {
     const { run } = this;
-    const bounds = new Box3(), box = new Box3();
-    for (const node of run.nodes) {
-      let radius = 0;
-      node.traverse((part) => {
-        if (!part.isMesh) return;
-        part.geometry.computeBoundingSphere();
-        const { center, radius: r } = part.geometry.boundingSphere;
-        radius = Math.max(radius, center.length() + r);
-        part.castShadow = true;
-        part.receiveShadow = true;
-      });
-      node.userData.radius = radius;
-    }
+    for (const node of run.nodes) node.userData.radius = this.measureNode(node);
     const radii = run.nodes.map((node) => node.userData.radius).filter((r) => r > 0).sort((a, b) => a - b);
-    const large = 8 * (radii[Math.floor(radii.length / 2)] || 1);
-    for (const node of run.nodes) node.userData.isGround = node.userData.radius > large;
-    const start = run.time;
+    const large = kGroundRatio * (radii[Math.floor(radii.length / 2)] || 1);
+    for (const [i, node] of run.nodes.entries())
+      node.userData.isGround = run.isStatic[i] && (node.userData.radius > large || radii.length < 3);
+    const things = run.nodes.filter((node) => !node.userData.isGround && node.userData.radius > 0);
+    this.thingRadius = things.map((node) => node.userData.radius).sort((a, b) => a - b)[Math.floor(0.9 * things.length)] ?? 1;
+    const places = this.placesOf(things);
+    // A few that fly far away do not make all others small.
+    const cut = things.length > kFewThings ? 0.03 : 0;
+    const quantile = (axis, share) => {
+      const sorted = places.map((place) => place.getComponent(axis)).sort((a, b) => a - b);
+      return sorted[Math.round(share * (sorted.length - 1))] ?? 0;
+    };
+    const low = new Vector3(...[0, 1, 2].map((axis) => quantile(axis, cut)));
+    const high = new Vector3(...[0, 1, 2].map((axis) => quantile(axis, 1 - cut)));
+    this.bounds = new Box3(low.subScalar(this.thingRadius), high.addScalar(this.thingRadius));
+    this.centre = this.bounds.getCenter(new Vector3());
+    this.radius = Math.max(this.bounds.getSize(new Vector3()).length() / 2, 0.05);
+  }
+
+  /** Radius about a node's origin that holds its shapes, m. */
+  measureNode(node) {
+    let radius = 0;
+    node.traverse((part) => {
+      if (!part.isMesh) return;
+      part.geometry.computeBoundingSphere();
+      const { center, radius: r } = part.geometry.boundingSphere;
+      radius = Math.max(radius, center.length() + r);
+      part.castShadow = true;
+      part.receiveShadow = true;
+    });
+    return radius;
+  }
+
+  placesOf(nodes) {
+    const { run } = this;
+    const start = run.time, places = [];
     for (let i = 0; i <= kSamplesOfBounds; ++i) {
       run.seek((run.duration * i) / kSamplesOfBounds);
-      for (const node of run.nodes) {
-        if (node.userData.isGround || !node.visible) continue;
-        // Those who fly far away do not make the others small.
-        node.userData.start ??= node.position.clone();
-        if (node.position.distanceTo(node.userData.start) > kFarFlight) continue;
-        const r = node.userData.radius;
-        box.min.copy(node.position).addScalar(-r);
-        box.max.copy(node.position).addScalar(r);
-        bounds.union(box);
-      }
+      for (const node of nodes) if (node.visible) places.push(node.position.clone());
     }
     run.seek(start);
-    if (bounds.isEmpty()) bounds.set(new Vector3(-1, -1, -1), new Vector3(1, 1, 1));
-    this.bounds = bounds;
-    this.centre = bounds.getCenter(new Vector3());
-    this.radius = Math.max(bounds.getSize(new Vector3()).length() / 2, 0.05);
+    return places;
   }
 
   light() {
@@ -145,17 +155,32 @@ export class View {
     this.root.add(grid);
   }
 
+  /** Shows the whole scene; where its things would be dots, one of them, with which the view goes. */
   frameAll() {
-    const distance = this.radius / Math.sin((this.camera.fov / 2) * (Math.PI / 180));
     const toWorld = (v) => this.root.localToWorld(v.clone());
+    const isWide = this.radius > kFarthest * this.thingRadius;
+    const radius = isWide ? (kFarthest / 4) * this.thingRadius : 1.1 * this.radius;
+    const distance = radius / Math.sin((this.camera.fov / 2) * (Math.PI / 180));
+    const target = isWide ? this.middleThing() : null;
+    const centre = target ? target.position : this.centre;
     this.root.updateWorldMatrix(true, false);
-    this.orbit.target.copy(toWorld(this.centre));
+    this.orbit.target.copy(toWorld(centre));
     this.camera.position.copy(
-      toWorld(this.centre.clone().add(new Vector3(0.45, -1, 0.45).normalize().multiplyScalar(distance))));
+      toWorld(centre.clone().add(new Vector3(0.45, -1, 0.45).normalize().multiplyScalar(distance))));
     this.camera.near = distance / 1000;
-    this.camera.far = distance * 100;
+    this.camera.far = distance * 200;
     this.camera.updateProjectionMatrix();
     this.orbit.update();
+    this.onFollow?.(target ? this.run.nodes.indexOf(target) : -1);
+  }
+
+  /** The thing that is nearest to the middle of the present positions. */
+  middleThing() {
+    const things = this.run.nodes.filter((node) => node.visible && !node.userData.isGround);
+    const middle = new Vector3();
+    for (const { position } of things) middle.addScaledVector(position, 1 / things.length);
+    return things.reduce((best, node) =>
+      (node.position.distanceTo(middle) < best.position.distanceTo(middle) ? node : best));
   }
 
   addArrows() {
