@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
         }
 
     gallery.channels.add("top of the pyramid", "m", [&] { return boxes.back()->getPosition()[2]; });
-    gallery.watch(universe, {.rate = 10, .contacts = true});
+    gallery.watch(universe, {.rate = 10, .forces = true});
     std::vector<double> milliseconds;
     for (int step = 0; step < kSteps; ++step) {
         const auto start = std::chrono::steady_clock::now();

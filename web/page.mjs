@@ -46,7 +46,7 @@ export async function writePage({ glb, out, csv, title, subtitle, facts }) {
     facts: factsTable(facts),
     licences: escaped(licences),
     // "</" would end the element; numbers have none, and titles are shown the same with a space.
-    channels: csv ? fs.readFileSync(csv, 'utf8').replaceAll('</', '< /') : '',
+    table: csv ? fs.readFileSync(csv, 'utf8').replaceAll('</', '< /') : '',
     source: isOneFile ? '' : ' data-src="run.glb"',
     run: isOneFile ? bytes.toString('base64') : '',
     script: isOneFile ? `<script type="module">${script.replaceAll('</script', '<\\/script')}</script>`

@@ -45,7 +45,7 @@ public:
     [[nodiscard]] bool isWanted() const { return !mPath.empty(); }
     /// Records a universe from its next step on; channels are added before it.
     void watch(Hy::HyUniverse& universe,
-               const Hy::HyRecorder::Options& options = {.rate = 60, .contacts = true}) {
+               const Hy::HyRecorder::Options& options = {.rate = 60, .forces = true}) {
         if (!isWanted())
             return;
         mRecorder = std::make_unique<Hy::HyRecorder>(&universe, options);

@@ -6,6 +6,7 @@
 #include "WholeFile.h"
 
 #include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyConstraint.h>
 #include <Hy/HyDynamicsContact.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyMessage.h>
@@ -80,6 +81,9 @@ struct HyRecorder::Run : HyUniverseObserver {
         }
     };
 
+    /// As the file tells them apart.
+    enum ForceKind : int { kContactForce = 0, kJointForce = 1 };
+
     Run(HyUniverse& universe, const Options& given);
     ~Run() override { delete stepper; }
 
@@ -99,7 +103,9 @@ struct HyRecorder::Run : HyUniverseObserver {
     void renewShapes();
     bool describe(Source& source);
     bool samplePose(Source& source, std::uint32_t frame);
-    bool sampleContacts(std::uint32_t frame);
+    bool sampleForces(std::uint32_t frame);
+    bool appendForce(std::uint32_t frame, const HyVector3& point, const HyVector3& force,
+                     ForceKind kind);
     void warnOfPose(const RunActor& actor);
     void endForWantOfMemory();
 
@@ -110,7 +116,7 @@ struct HyRecorder::Run : HyUniverseObserver {
     HyChannels* channels = nullptr;
     std::vector<Source> sources; ///< what is there, in the order in which it came
     std::vector<RunActor> actors;
-    RunTrack contacts;
+    RunTrack forces;
     std::vector<double> times; ///< of the samples, s
     double clock = 0;          ///< recorded time, s
     double nextSample = 0;     ///< s
@@ -237,7 +243,7 @@ void HyRecorder::Run::sample() {
         if (!samplePose(source, frame))
             return endForWantOfMemory();
     }
-    if (options.contacts && !sampleContacts(frame))
+    if (options.forces && !sampleForces(frame))
         return endForWantOfMemory();
     if (options.rate > 0)
         nextSample = (std::floor(clock * options.rate + kClockTolerance) + 1) / options.rate;
@@ -277,22 +283,36 @@ void HyRecorder::Run::endForWantOfMemory() {
     end();
 }
 
-bool HyRecorder::Run::sampleContacts(std::uint32_t frame) {
-    const auto end = universe->dynamicsContactEnd();
-    for (auto it = universe->dynamicsContactBegin(); it != end; ++it) {
+/// False when memory is full. A force that does not fit the file's numbers is left out.
+bool HyRecorder::Run::appendForce(std::uint32_t frame, const HyVector3& point,
+                                  const HyVector3& force, ForceKind kind) {
+    RunSample sample{.frame = frame, .value = {}};
+    for (int i = 0; i < 3; ++i) {
+        sample.value[i] = static_cast<float>(point[i] - options.origin[i]);
+        sample.value[3 + i] = static_cast<float>(force[i]);
+    }
+    sample.value[6] = static_cast<float>(kind);
+    const bool fits = std::all_of(std::begin(sample.value), std::end(sample.value),
+                                  [](float number) { return std::isfinite(number); });
+    return !fits || forces.append(chunks, sample);
+}
+
+/// On the first part of each contact and joint.
+bool HyRecorder::Run::sampleForces(std::uint32_t frame) {
+    const auto lastContact = universe->dynamicsContactEnd();
+    for (auto it = universe->dynamicsContactBegin(); it != lastContact; ++it) {
         HyVector3 point, force;
         (*it)->getPosition(point);
         (*it)->getForce(0, force);
-        RunSample contact{.frame = frame, .value = {}};
-        for (int i = 0; i < 3; ++i) {
-            contact.value[i] = static_cast<float>(point[i] - options.origin[i]);
-            contact.value[3 + i] = static_cast<float>(force[i]);
-        }
-        const bool fits = std::all_of(contact.value, contact.value + 6,
-                                      [](float number) { return std::isfinite(number); });
-        if (fits && !contacts.append(chunks, contact))
+        if (!appendForce(frame, point, force, kContactForce))
             return false;
     }
+    const auto lastJoint = universe->enabledConstraintsEnd();
+    for (auto it = universe->enabledConstraintsBegin(); it != lastJoint; ++it)
+        if (const HyConstraint* joint = *it)
+            if (!appendForce(frame, joint->getPartAttachmentPosition(0), joint->getPartForce(0),
+                             kJointForce))
+                return false;
     return true;
 }
 
@@ -355,8 +375,8 @@ bool HyRecorder::write(const char* path) const {
     }
     return writeWholeFile("HyRecorder::write", path,
                           makeRunDocument({.actors = mRun->actors,
-                                           .contacts = mRun->contacts,
-                                           .withContacts = mRun->options.contacts,
+                                           .forces = mRun->forces,
+                                           .withForces = mRun->options.forces,
                                            .chunks = mRun->chunks,
                                            .times = mRun->times,
                                            .origin = mRun->options.origin}));

@@ -73,7 +73,7 @@ private:
                     const char* interpolation);
     std::size_t addTimes(const std::vector<std::uint32_t>& frames);
     std::string materials() const;
-    std::string contacts();
+    std::string forces();
 
     const RunContents& mRun;
     Reach mReach;
@@ -295,18 +295,18 @@ std::string RunWriter::materials() const {
     return list.text();
 }
 
-/// Contacts as an extra: 32 bytes each, the number of the sample and then floats: point, force, 0.
-std::string RunWriter::contacts() {
+/// Forces as an extra: 32 bytes each, the number of the sample and then floats: point, force, kind.
+std::string RunWriter::forces() {
     std::string bytes;
-    for (const RunSample& contact : mRun.contacts.read(mRun.chunks))
-        bytes.append(reinterpret_cast<const char*>(&contact), sizeof contact);
+    for (const RunSample& force : mRun.forces.read(mRun.chunks))
+        bytes.append(reinterpret_cast<const char*>(&force), sizeof force);
     if (bytes.empty())
         return {};
     std::string seconds(reinterpret_cast<const char*>(mRun.times.data()),
                         mRun.times.size() * sizeof mRun.times[0]);
     const std::size_t data = mDocument.addExtraView(std::move(bytes));
     const std::size_t times = mDocument.addExtraView(std::move(seconds));
-    return ",\"contacts\":{\"bufferView\":" + std::to_string(data) +
+    return ",\"forces\":{\"bufferView\":" + std::to_string(data) +
            ",\"timesBufferView\":" + std::to_string(times) + '}';
 }
 
@@ -333,7 +333,7 @@ std::string RunWriter::write() {
     const double duration = mRun.times.empty() ? 0 : mRun.times.back();
     std::string members =
         "\"scene\":0,\"scenes\":[{\"nodes\":[0],\"extras\":{\"origin\":" + origin.text() +
-        ",\"duration\":" + jsonNumber(duration) + (mRun.withContacts ? contacts() : std::string()) +
+        ",\"duration\":" + jsonNumber(duration) + (mRun.withForces ? forces() : std::string()) +
         "}}],\"nodes\":" + nodes.text() + ',';
     if (!mMeshes.empty())
         members += "\"meshes\":" + mMeshes.text() + ",\"materials\":" + materials() + ',';

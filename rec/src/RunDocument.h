@@ -24,8 +24,8 @@ struct RunActor {
 /// What a file is made of.
 struct RunContents {
     const std::vector<RunActor>& actors;
-    const RunTrack& contacts; ///< any number of them a sample
-    bool withContacts;
+    const RunTrack& forces; ///< any number of them a sample
+    bool withForces;
     const RunChunks& chunks;
     const std::vector<double>& times; ///< of the samples, s
     HyVector3 origin;

@@ -8,7 +8,7 @@
 namespace Hy {
 
 /// What is recorded of one thing at one sample. Poses: position relative to the scene's origin in m and
-/// quaternion x, y, z, w. Contacts: point and force in N, and 0.
+/// quaternion x, y, z, w. Forces: point, force in N, and kind.
 struct RunSample {
     std::uint32_t frame; ///< number of the sample
     float value[7];

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Hy {
@@ -28,6 +29,11 @@ bool writeAll(int file, std::string_view bytes) {
 bool writeWholeFile(const char* who, const char* path, std::string_view bytes) {
     if (!path || !*path) {
         HyWarning(12, "%s: the path must not be null or empty.\n", who);
+        return false;
+    }
+    struct stat old {};
+    if (::stat(path, &old) == 0 && !S_ISREG(old.st_mode)) {
+        HyWarning(12, "%s: \"%s\" must be a file.\n", who, path);
         return false;
     }
     const std::string part = std::string(path) + ".part" + std::to_string(::getpid());

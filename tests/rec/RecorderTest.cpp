@@ -7,10 +7,12 @@
 #include <Rec/HyRecorder.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <sys/resource.h>
 
 using namespace Hy;
 
@@ -59,6 +61,19 @@ struct RecorderTest : testing::Test {
     std::filesystem::path folder;
 };
 
+/// No file may grow beyond 100 bytes meanwhile.
+bool writeOnFullDisk(const HyRecorder& recorder, const char* path) {
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit full{.rlim_cur = 100, .rlim_max = old.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &full);
+    const bool isWritten = recorder.write(path);
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, handler);
+    return isWritten;
+}
+
 } // namespace
 
 // A file is played back beside the run that it was made of: a part that flies and spins fast, one that
@@ -73,7 +88,7 @@ TEST_F(RecorderTest, FileGivesBackThePosesOfTheRun) {
     addPart("leaving \x80", nullptr, origin + HyVector3(-3, 0, 3));
     HyPart& leaving = **(universe.getParts().end() - 1);
 
-    HyRecorder recorder(&universe, {.origin = origin, .contacts = true});
+    HyRecorder recorder(&universe, {.origin = origin, .forces = true});
     std::vector<HyTransform> poses[2];
     const auto keep = [&] {
         poses[0].push_back(spinning.getTransform());
@@ -126,7 +141,7 @@ TEST_F(RecorderTest, FileGivesBackThePosesOfTheRun) {
     // The contacts bear the box's weight at the end: 2 kg.
     const auto& extras = file.json["scenes"][0]["extras"];
     EXPECT_EQ(extras["origin"][0], 1e6);
-    EXPECT_GT(extras["contacts"].size(), 0U);
+    EXPECT_GT(extras["forces"].size(), 0U);
     // What rests for a second needs few keys.
     for (const auto& channel : file.json["animations"][0]["channels"]) {
         if (channel["target"]["node"] == nodes[1]) {
@@ -187,16 +202,20 @@ TEST_F(RecorderTest, BadInputLeavesAValidRecording) {
     for (int step = 0; step < 80; ++step)
         HyFrame::instance()->step();
     odd.pause(false);
+    part.setPosition(HyVector3(1e300, 0, 0)); // no number of the file's
+    HyFrame::instance()->step();
     EXPECT_FALSE(capped.isRecording());
-    EXPECT_EQ(odd.getSampleCount(), 11U);
+    EXPECT_EQ(odd.getSampleCount(), 12U);
     odd.advance(-1);
     universe.destroyPart(&part);
     HyFrame::instance()->step();
 
     EXPECT_FALSE(odd.write(nullptr));
     EXPECT_FALSE(odd.write(path("no/such/folder.glb").c_str()));
-    EXPECT_FALSE(odd.write(folder.string().c_str())); // a folder
-    HyFrame::release();                               // and with it the universe
+    EXPECT_FALSE(odd.write(folder.string().c_str()));
+    EXPECT_FALSE(odd.write("/dev/null"));
+    EXPECT_FALSE(writeOnFullDisk(odd, path("full.glb").c_str()));
+    HyFrame::release(); // and with it the universe
     EXPECT_FALSE(odd.isRecording());
     EXPECT_TRUE(odd.write(path("odd.glb").c_str()) && capped.write(path("capped.glb").c_str()));
     EXPECT_NEAR(GlbReader(readFile(path("capped.glb"))).poseAt(1, 10).position[2],
@@ -208,7 +227,8 @@ TEST_F(RecorderTest, BadInputLeavesAValidRecording) {
          {"HyRecorder: the universe must not be null.", "the recording ends.",
           "HyRecorder: the rate must be finite and not negative.",
           "HyRecorder: the origin must be finite.", "HyRecorder::advance: the time must be",
-          "HyRecorder::write: the path must not be null or empty.", "cannot be written"})
+          "HyRecorder::write: the path must not be null or empty.", "cannot be written",
+          "must be a file.", "the pose of \"part\" must be finite"})
         EXPECT_NE(text.find(expected), std::string::npos) << expected << "\n" << text;
 }
 

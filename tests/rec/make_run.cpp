@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
     HyPart* gone = addPart(universe, "gone", new HySphere(0.4), {-2, 0, 6}, {0, 0, 0});
     addPart(universe, "resting", new HyCylinder(0.5, 1), {-3, 2, 0.5}, {0, 0, 0});
 
-    HyRecorder recorder(&universe, {.contacts = true});
+    HyRecorder recorder(&universe, {.forces = true});
     HyChannels channels;
     channels.add("height of the box", "m", [box] { return box->getPosition()[2]; });
     channels.add("speed, \"vertical\"", "m/s", [box] { return box->getLinearVelocity()[2]; });

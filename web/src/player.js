@@ -1,6 +1,6 @@
 // Plays the run that the page holds.
 import { Plots } from './plots.js';
-import { Run } from './run.js';
+import { ForceKind, Run } from './run.js';
 import { View } from './view.js';
 
 const kStep = 1 / 60; // s, of the step keys
@@ -29,7 +29,7 @@ class Player {
       byId('notice').textContent = `No picture: ${error.message}`;
       byId('notice').hidden = false;
     }
-    const table = byId('channels').textContent;
+    const table = byId('table').textContent;
     if (table.trim()) this.plots = new Plots(byId('plots'), table, (time) => this.seek(time));
     else byId('plots').hidden = true;
     this.fillControls();
@@ -113,11 +113,13 @@ class Player {
       if (this.view) this.view.labels.hidden = !event.target.checked;
       this.wantPicture();
     });
-    byId('arrows').disabled = !this.view?.arrows;
-    byId('arrows').addEventListener('change', (event) => {
-      this.view.arrows.visible = event.target.checked;
-      this.wantPicture();
-    });
+    for (const [id, kind] of [['contacts', ForceKind.contact], ['joints', ForceKind.joint]]) {
+      byId(id).disabled = !this.view?.hasForces(kind);
+      byId(id).addEventListener('change', (event) => {
+        this.view.showForces(kind, event.target.checked);
+        this.wantPicture();
+      });
+    }
     byId('licences').addEventListener('click', () => byId('licence-texts').showModal());
   }
 
@@ -136,7 +138,8 @@ class Player {
       '+': () => speedBy(1),
       '-': () => speedBy(-1),
       l: () => this.toggle('labels'),
-      c: () => this.toggle('arrows'),
+      c: () => this.toggle('contacts'),
+      j: () => this.toggle('joints'),
       r: () => byId('reset').click(),
       f: () => this.follow((Number(byId('follow').value) + 2) % (this.run.names.length + 1) - 1),
     };

@@ -19,7 +19,7 @@ export class Run {
     // The first material is that of what stands still.
     run.isStatic = json.nodes.slice(1).map(({ mesh }) =>
       mesh !== undefined && json.meshes[mesh].primitives[0].material === 0);
-    run.contacts = extras.contacts ? await readContacts(gltf.parser, extras.contacts) : null;
+    run.forces = extras.forces ? await readForces(gltf.parser, extras.forces) : null;
     run.mixer = new AnimationMixer(gltf.scene);
     run.action = null;
     if (gltf.animations.length > 0) {
@@ -53,8 +53,10 @@ export class Run {
   }
 }
 
-/** Contacts by sample: first index of each in one array of point and force, and the samples' times. */
-async function readContacts(parser, extras) {
+export const ForceKind = { contact: 0, joint: 1 };
+
+/** Forces by sample: first index of each in one array of point, force and kind; times of the samples. */
+async function readForces(parser, extras) {
   const data = await parser.getDependency('bufferView', extras.bufferView);
   const times = new Float64Array((await parser.getDependency('bufferView', extras.timesBufferView)).slice(0));
   const frames = new Uint32Array(data.slice(0));
@@ -63,14 +65,14 @@ async function readContacts(parser, extras) {
   const count = frames.length / 8;
   for (let i = 0; i < count; ++i) first[frames[8 * i] + 1] = i + 1;
   for (let s = 1; s <= times.length; ++s) first[s] = Math.max(first[s], first[s - 1]);
-  const forceAt = (i) => Math.hypot(values[8 * i + 4], values[8 * i + 5], values[8 * i + 6]);
-  const forces = Array.from({ length: count }, (_, i) => forceAt(i)).sort((a, b) => a - b);
+  const sizes = [[], []];
+  for (let i = 0; i < count; ++i)
+    sizes[values[8 * i + 7]].push(Math.hypot(values[8 * i + 4], values[8 * i + 5], values[8 * i + 6]));
   return {
-    times,
-    /** Force that few contacts exceed, N. */
-    typicalForce: forces[Math.floor(0.95 * (count - 1))] || 1,
+    /** Of each kind the force that few exceed, N; 0 where there is none of it. */
+    typical: sizes.map((list) => list.sort((a, b) => a - b)[Math.floor(0.95 * (list.length - 1))] ?? 0),
     most: Math.max(...Array.from(times, (_, s) => first[s + 1] - first[s])),
-    /** Calls visit(point, force) for each contact of the sample at or before a time. */
+    /** Calls visit(point, force, kind) for each force of the sample at or before a time. */
     at(time, visit) {
       let low = 0, high = times.length - 1;
       while (low < high) {
@@ -79,7 +81,7 @@ async function readContacts(parser, extras) {
         else high = middle - 1;
       }
       for (let i = first[low]; i < first[low + 1]; ++i)
-        visit(values.subarray(8 * i + 1, 8 * i + 4), values.subarray(8 * i + 4, 8 * i + 7));
+        visit(values.subarray(8 * i + 1, 8 * i + 4), values.subarray(8 * i + 4, 8 * i + 7), values[8 * i + 7]);
     },
   };
 }

@@ -14,6 +14,9 @@ const kFewThings = 20;
 const kGroundRatio = 8; // of a ground's size to that of the things
 const kFarthest = 60; // radii of a thing from which it is still seen
 const kUp = new Vector3(0, 0, 1);
+const kForceColours = [new Color('#d21f5b'), new Color('#1d4ed8')]; // by kind
+const kArrowLength = 0.17; // of a typical force, in radii of the scene
+const kLongestArrow = 2; // typical ones
 
 export class View {
   /** @param {HTMLElement} host @param {Run} run */
@@ -184,35 +187,45 @@ export class View {
   }
 
   addArrows() {
-    const { contacts } = this.run;
-    if (!contacts || contacts.most <= 0) return;
+    const { forces } = this.run;
+    this.shown = [false, false]; // by kind of force
+    if (!forces || forces.most <= 0) return;
     const shaft = new CylinderGeometry(0.03, 0.03, 0.8, 8).translate(0, 0.4, 0);
     const tip = new ConeGeometry(0.09, 0.2, 12).translate(0, 0.9, 0);
     const arrow = mergeGeometries([shaft, tip]).rotateX(Math.PI / 2); // along +z, one long
-    this.arrows = new InstancedMesh(arrow, new MeshBasicMaterial({ color: '#d21f5b' }), contacts.most);
+    this.arrows = new InstancedMesh(arrow, new MeshBasicMaterial({ depthTest: false }), forces.most);
+    this.arrows.renderOrder = 1; // joints lie inside of what they join
     this.arrows.frustumCulled = false;
-    this.arrows.visible = false;
     this.root.add(this.arrows);
   }
 
+  hasForces(kind) {
+    return (this.run.forces?.typical[kind] ?? 0) > 0;
+  }
+
+  showForces(kind, on) {
+    this.shown[kind] = on;
+  }
+
   updateArrows() {
-    if (!this.arrows?.visible) return;
-    const { contacts } = this.run;
+    if (!this.arrows) return;
+    const { forces } = this.run;
     const matrix = new Matrix4(), turn = new Quaternion(), scale = new Vector3();
     const at = new Vector3(), direction = new Vector3();
-    const longest = 0.35 * this.radius;
+    const typicalLength = kArrowLength * this.radius;
     let count = 0;
-    contacts.at(this.run.time, (point, force) => {
-      direction.fromArray(force);
-      const size = direction.length();
-      if (size === 0) return;
-      const length = longest * Math.min(size / contacts.typicalForce, 2) / 2;
+    forces.at(this.run.time, (point, force, kind) => {
+      const size = direction.fromArray(force).length();
+      if (size === 0 || !this.shown[kind]) return;
       turn.setFromUnitVectors(kUp, direction.divideScalar(size));
-      scale.set(longest / 2, longest / 2, length);
-      this.arrows.setMatrixAt(count++, matrix.compose(at.fromArray(point), turn, scale));
+      const length = typicalLength * Math.min(size / forces.typical[kind], kLongestArrow);
+      scale.set(typicalLength, typicalLength, length);
+      this.arrows.setMatrixAt(count, matrix.compose(at.fromArray(point), turn, scale));
+      this.arrows.setColorAt(count++, kForceColours[kind]);
     });
     this.arrows.count = count;
     this.arrows.instanceMatrix.needsUpdate = true;
+    if (this.arrows.instanceColor) this.arrows.instanceColor.needsUpdate = true;
   }
 
   addLabels() {

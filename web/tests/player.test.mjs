@@ -88,7 +88,7 @@ test('keys, plots and controls move the run', async () => {
   await page.keyboard.press('c');
   await page.keyboard.press('f');
   assert.ok(await page.locator('.labels span', { hasText: 'box' }).isVisible());
-  assert.ok(await page.locator('#arrows').isChecked());
+  assert.ok(await page.locator('#contacts').isChecked());
   assert.equal(await page.locator('#follow').inputValue(), '0');
   await page.keyboard.press('Space');
   await page.waitForFunction((from) => Number(document.getElementById('slider').value) !== from, middle);

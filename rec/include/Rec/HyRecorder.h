@@ -37,9 +37,9 @@ public:
         /// Memory for samples, bytes; a sample of a moving part takes 32. When it is full, a warning is
         /// given and the recording ends.
         std::size_t memoryCap = std::size_t{256} << 20;
-        /// Whether forces of contacts are recorded, for players that draw them: a scene extra "contacts"
-        /// of the file (see rec/README.md).
-        bool contacts = false;
+        /// Whether forces of contacts and of joints are recorded, for players that draw them: a scene
+        /// extra "forces" of the file (see rec/README.md).
+        bool forces = false;
     };
 
     /// Begins to record. A null universe, or no memory: a warning, and nothing is recorded.
