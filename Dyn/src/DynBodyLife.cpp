@@ -131,12 +131,12 @@ void DynBodyCopy(DynBody*, const DynBody*) {
 
 void DynBodyResetDynamics(DynBody* body) {
     DynsBody& solver = body->kiroBody;
-    for (KitReal* v :
-         {solver.force, solver.torque, solver.cf, solver.ct, solver.linearMomentum,
-          solver.angularMomentum, solver.accel, solver.accelrot, body->impulseLinear,
-          body->impulseAngular, body->lastForce, body->lastTorque, body->savedForce,
-          body->savedTorque, body->consumedImpulseLinear, body->consumedImpulseAngular})
+    for (KitReal* v : {solver.force, solver.torque, solver.cf, solver.ct, solver.linearMomentum,
+                       solver.angularMomentum, solver.accel, solver.accelrot, body->impulseLinear,
+                       body->impulseAngular, body->lastForce, body->lastTorque,
+                       body->consumedImpulseLinear, body->consumedImpulseAngular})
         KitVector3Zero(v);
+    body->isUserLoadSaved = false;
     KitVector3Zero(solver.vel);
     KitVector3Zero(solver.velrot);
     for (KitVector3& row : solver.geometricStiffness) // of joint forces that are no more

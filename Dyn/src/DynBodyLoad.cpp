@@ -13,6 +13,10 @@ void addMoment(const DynBody* body, KitReal* torque, const KitVector3 f, const K
     KitVector3Add(torque, torque, moment);
 }
 
+bool isZero(const KitVector4 load) {
+    return load[0] == 0 && load[1] == 0 && load[2] == 0;
+}
+
 } // namespace
 
 void DynBodyAddForce(DynBody* body, const KitVector3 f) {
@@ -84,12 +88,19 @@ void DynBodyClearUserForces(DynBody* body) {
     KitVector3Zero(body->kiroBody.torque);
 }
 
+// Most bodies have no load of their own: theirs is neither written nor read again.
 void DynBodySaveUserForces(DynBody* body) {
-    KitVector3Copy(body->savedForce, body->kiroBody.force);
-    KitVector3Copy(body->savedTorque, body->kiroBody.torque);
+    const DynsBody& solver = body->kiroBody;
+    body->isUserLoadSaved = !isZero(solver.force) || !isZero(solver.torque);
+    if (!body->isUserLoadSaved)
+        return;
+    KitVector3Copy(body->savedForce, solver.force);
+    KitVector3Copy(body->savedTorque, solver.torque);
 }
 
 void DynBodyRestoreUserForces(DynBody* body) {
+    if (!body->isUserLoadSaved)
+        return;
     KitVector3Add(body->kiroBody.force, body->kiroBody.force, body->savedForce);
     KitVector3Add(body->kiroBody.torque, body->kiroBody.torque, body->savedTorque);
 }

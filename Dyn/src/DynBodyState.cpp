@@ -1,5 +1,6 @@
 #include "DynBodyConstraints.h"
 #include "DynEnabledList.h"
+#include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynWorld.h>
@@ -24,8 +25,7 @@ bool enable(DynBody* body) {
     if (enters) {
         DynEnabledListInsert(body);
         // What it saved before it slept is of another step.
-        KitVector3Zero(body->savedForce);
-        KitVector3Zero(body->savedTorque);
+        body->isUserLoadSaved = false;
     }
     body->enabledTime = 0;
     return enters;
@@ -65,6 +65,9 @@ void DynEnabledListInsert(DynBody* body) {
         body->enabledNext->enabledTome = &body->enabledNext;
     world->enabledBodyHead = body;
     ++world->nEnabledBodies;
+    DynBuffer<DynBody*>& bodies = world->scratch->enabledBodies;
+    body->enabledIndex = bodies.size();
+    bodies.push_back(body);
 }
 
 void DynEnabledListRemove(DynBody* body) {
@@ -74,6 +77,13 @@ void DynEnabledListRemove(DynBody* body) {
     body->enabledNext = nullptr;
     body->enabledTome = nullptr;
     --body->world->nEnabledBodies;
+    // The last one takes its place: what is done to each of the array does not depend on the order.
+    DynBuffer<DynBody*>& bodies = body->world->scratch->enabledBodies;
+    DynBody* last = bodies[bodies.size() - 1];
+    bodies[body->enabledIndex] = last;
+    last->enabledIndex = body->enabledIndex;
+    body->enabledIndex = -1;
+    bodies.resize(bodies.size() - 1);
 }
 
 void DynBodyEnable(DynBody* body) {

@@ -34,7 +34,8 @@ struct DynWorldScratch {
     bool stepping = false;
     int couplingGroup = -1; ///< solver group of all secondaries in this step, or negative
     std::vector<ProcessPartitionWorkUnit> units;
-    DynBuffer<int> groupIsMoving; ///< by partition group
+    DynBuffer<DynBody*> enabledBodies; ///< those of the enabled list, in any order
+    DynBuffer<int> groupIsMoving;      ///< by partition group
     DynBuffer<DynRestingLoad> restingLoads;
     DynBuffer<char> stiffensBodies; ///< by partition: its group has geometric_stiffness
 };

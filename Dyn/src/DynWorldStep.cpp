@@ -1,5 +1,5 @@
+#include "DynEnabledBodies.h"
 #include "DynPartitionInternal.h"
-#include "DynWorldInternal.h"
 
 #include <Dyn/DynBody.h>
 #include <Dyn/DynBodyForce.h>
@@ -99,12 +99,12 @@ void DynWorldIntegrate(DynWorld* world) {
         return;
     const DynWorldHost& host = world->host;
     const bool aborted = host.stepAborted && host.stepAborted(host.owner);
-    for (DynBody* body = world->enabledBodyHead; body; body = body->enabledNext) {
+    DynForEachEnabledBody(world, [world, aborted](DynBody* body) {
         if (!aborted && isSolved(world, body)) {
             DynsBodyIntegrate(&body->kiroBody, world->params.timeStep);
             UpdateBodyTransform(body);
             body->impulseConsumed = false;
         }
         DynBodyResetForces(body);
-    }
+    });
 }

@@ -21,12 +21,6 @@ namespace {
 
 constexpr HyReal kMillisecondsPerSecond = 1000;
 
-template <typename Call>
-void forEachEnabledBody(const DynWorld& world, Call call) {
-    for (DynBody* body = world.enabledBodyHead; body; body = body->enabledNext)
-        call(body);
-}
-
 } // namespace
 
 template <typename Stage>
@@ -50,7 +44,7 @@ void HyUniverse::preStepParts() {
     mSteppedParts.swap(mPreStepParts);
     for (HySafeWalk walk(mSteppedParts); HyPart* part = walk.next();)
         part->preStep();
-    forEachEnabledBody(*mWorld, DynBodySaveUserForces);
+    DynWorldSaveUserForces(mWorld);
 }
 
 void HyUniverse::detectCollisionsImpl(HyReal dt) {
@@ -107,10 +101,7 @@ void HyUniverse::solveDynamicsImpl(HyReal dt) {
 }
 
 void HyUniverse::revertDynamicsImpl() {
-    forEachEnabledBody(*mWorld, [](DynBody* body) {
-        DynBodyResetForces(body);
-        DynBodyRearmImpulses(body);
-    });
+    DynWorldRevertLoads(mWorld);
     mSavedCoordinates->restoreSlips(*mWorld);
     resetConstraintDynamics();
 }
@@ -129,7 +120,7 @@ void HyUniverse::resetConstraintDynamics() {
 }
 
 void HyUniverse::restoreExternalForcesForSubstepping() {
-    forEachEnabledBody(*mWorld, DynBodyRestoreUserForces);
+    DynWorldRestoreUserForces(mWorld);
 }
 
 void HyUniverse::advanceDynamicsImpl(HyReal) {
@@ -145,13 +136,11 @@ void HyUniverse::postUpdateImpl() {
     mFirstStep = false;
 }
 
+// All that HyPart::postStep() does for an awake part is to clear its load.
 void HyUniverse::postStepParts() {
-    const DynamicPartIterator end = dynamicPartEnd();
-    for (DynamicPartIterator part = dynamicPartBegin(); part != end; ++part)
-        part->postStep();
+    DynWorldClearUserForces(mWorld);
     for (HySafeWalk walk(mSteppedParts); HyPart* part = walk.next();)
-        if (!DynamicPartIterator::isVisited(part->getDynBody()))
-            part->postStep();
+        part->postStep();
     mSteppedParts.clear();
 }
 

@@ -52,43 +52,46 @@ struct DynBodyPose {
 /// Chooses a friction direction for a contact of the body.
 using DynFrictionDirectionCB = void (*)(DynBaseConstraint* contact, DynBody* body, void* data);
 
-/// A rigid body. kiroBody is what the solver reads; it comes first and lies on its own cache lines.
+/// A rigid body. kiroBody is what the solver reads; it comes first and lies on its own cache lines, and
+/// what every walk over the enabled bodies asks for lies on the next one.
 struct DynBody {
     DynsBody kiroBody;
-    // Read in each step.
-    KitMatrix4 bodyTM;                        ///< transform of the body frame, world
-    KitMatrix4 comToBodyTM;                   ///< from the centre of mass to the body frame
-    KitVector4 impulseLinear, impulseAngular; ///< waiting for the next step, N s, N m s
-    KitReal mass;                             ///< kg
     DynBody* enabledNext;
     DynBody** enabledTome;
     DynBody* rootParent;          ///< merge root, itself if not merged
     KitCListNode* constraintList; ///< slots of enabled constraints
+    std::uint64_t solvedStep;     ///< the world step that solved it last
+    KitReal mass;                 ///< kg
+    int enabledTime;              ///< -1 disabled; otherwise steps since enabled
+    unsigned stateFlags;          ///< DynBodyState
+    int partitionIndex;
+    bool processedByPartitioner;
+    bool useBodyOffset;   ///< the centre of mass differs from the body frame
+    bool impulseAdded;    ///< an impulse is waiting
+    bool impulseConsumed; ///< the present step has taken the consumed impulses
+    // Read in each step.
+    KitMatrix4 bodyTM;                ///< transform of the body frame, world
+    KitMatrix4 comToBodyTM;           ///< from the centre of mass to the body frame
+    KitVector3 lastForce, lastTorque; ///< total load of the last finished step
     DynAutoDisableParams autoDisableParams;
     DynGraphNodeData node_data;
-    int enabledTime;     ///< -1 disabled; otherwise steps since enabled
-    unsigned stateFlags; ///< DynBodyState
-    int partitionIndex;
-    bool useBodyOffset; ///< the centre of mass differs from the body frame
-    bool impulseAdded;  ///< an impulse is waiting
-    bool processedByPartitioner;
-    std::uint64_t solvedStep; ///< the world step that solved it last
-    std::uint64_t serial;     ///< order of creation, never repeated in a process
-    // Read when the state changes.
-    KitPool* pool; ///< that it was made in
+    std::uint64_t serial; ///< order of creation, never repeated in a process
     DynWorld* world;
+    int enabledIndex;     ///< place in the world's array of enabled bodies, -1 if not there
+    bool isUserLoadSaved; ///< the saved load below is not zero
+    // Read when there is a load, or when the state changes.
+    KitVector4 impulseLinear, impulseAngular; ///< waiting for the next step, N s, N m s
+    KitVector3 savedForce, savedTorque;       ///< user load saved for substeps
+    /// Impulses consumed by the present step, re-armed if it is reverted.
+    KitVector3 consumedImpulseLinear, consumedImpulseAngular;
+    KitPool* pool; ///< that it was made in
     DynBody* next;
     DynBody** tome;
     KitCListNode* holders; ///< slots of all constraints that hold it, enabled or not
     Hy::HyPart* mPart;     ///< back reference, may be null
     DynFrictionDirectionCB frictionDirectionCB;
     void* frictionDirectionCBData;
-    KitReal safeTime;                   ///< s
-    KitVector3 lastForce, lastTorque;   ///< total load of the last finished step
-    KitVector3 savedForce, savedTorque; ///< user load saved for substeps
-    /// Impulses consumed by the present step, re-armed if it is reverted.
-    KitVector3 consumedImpulseLinear, consumedImpulseAngular;
-    bool impulseConsumed;
+    KitReal safeTime; ///< s
 };
 
 // No body argument may be null, except where a function destroys. A vector or number that is not

@@ -152,6 +152,13 @@ HY_API void DynWorldGetGravity(const DynWorld* world, KitVector3 gravity);
 HY_API void DynWorldSetTimeStep(DynWorld* world, KitReal dt);
 [[nodiscard]] HY_API KitReal DynWorldGetTimeStep(const DynWorld* world);
 HY_API void DynWorldResetForces(DynWorld* world);
+// DynBodySaveUserForces, DynBodyRestoreUserForces and DynBodyClearUserForces on each enabled body.
+HY_API void DynWorldSaveUserForces(DynWorld* world);
+HY_API void DynWorldRestoreUserForces(DynWorld* world);
+HY_API void DynWorldClearUserForces(DynWorld* world);
+/// Takes the loads of a solve back that is not integrated: DynBodyResetForces and
+/// DynBodyRearmImpulses on each enabled body.
+HY_API void DynWorldRevertLoads(DynWorld* world);
 HY_API void DynWorldResetDynamics(DynWorld* world);
 
 /// Group i, created with all below it on demand; null for an index below 0 or above
