@@ -4,8 +4,10 @@
 
 #include <Dyns/DynsConstraintFrames.h>
 
-// Partitions come by descending size. Above kHeavyRows one travels alone, and one of kMediumRows or
-// more begins a unit of its own; the small ones share units.
+// A partition without rows stays with the calling thread, which integrates its bodies afterwards:
+// another would wait longer for their memory than the work takes. The others come by descending size.
+// Above kHeavyRows one travels alone, and one of kMediumRows or more begins a unit of its own; the
+// small ones share units.
 
 namespace {
 
@@ -20,7 +22,8 @@ int fillUnit(ProcessPartitionWorkUnit& unit, DynWorld* world, int i, int end) {
         unit.add(&world->thread_data[i]);
         const bool heavy = rows[data[i].partitionID] > kHeavyRows;
         ++i;
-        if (i == end || unit.isFull() || heavy || rows[data[i].partitionID] >= kMediumRows)
+        if (i == end || unit.isFull() || heavy || rows[data[i].partitionID] == 0 ||
+            rows[data[i].partitionID] >= kMediumRows)
             return i;
     }
 }
@@ -43,18 +46,19 @@ void ProcessPartitionWorkUnit::process() {
 void process_all_threads(DynWorld* world, ProcessPartitionWorkUnit::Function fn, int start,
                          int end) {
     KitThreadPool* pool = threadPoolFor(world, end - start);
-    if (!pool) {
-        for (int i = start; i < end; ++i)
-            fn(&world->thread_data[i]);
-        return;
-    }
+    const int* rows = world->partitionOutput.maxConstraintsRows;
+    DynWorldThreadData* const data = world->thread_data;
     std::vector<ProcessPartitionWorkUnit>& units = world->scratch->units;
     std::size_t used = 0;
-    for (int i = start; i < end; ++used) {
+    for (int i = start; i < end;) {
+        if (!pool || rows[data[i].partitionID] == 0) {
+            fn(&data[i++]);
+            continue;
+        }
         if (used == units.size())
             units.emplace_back();
         units[used].reset(fn);
-        i = fillUnit(units[used], world, i, end);
+        i = fillUnit(units[used++], world, i, end);
     }
     KitThreadPoolExecute(pool, units.data(), used);
 }

@@ -49,9 +49,9 @@ void fillWorkUnit(BasePartitionWorkUnit& unit, StepperData* const* steppers, int
     int i = index;
     for (; i < end; ++i) {
         StepperData* data = steppers[i];
-        if (choice != PartitionChoice::kAll && data->usesAllThreads)
-            continue;
-        if (choice == PartitionChoice::kActiveShared && !data->isActive())
+        if ((choice == PartitionChoice::kShared && !data->isShared()) ||
+            (choice == PartitionChoice::kActiveShared &&
+             (data->usesAllThreads || !data->isActive())))
             continue;
         if (!unit.accepts(*data))
             break;

@@ -48,8 +48,8 @@ class SolvePartitionWorkUnit final : public BasePartitionWorkUnit {
 
 enum class PartitionChoice {
     kAll,
-    kShared,       ///< those that one thread solves
-    kActiveShared, ///< of these, those that take another pass
+    kShared,       ///< those that any one thread may solve
+    kActiveShared, ///< those that one thread solves and that take another pass
 };
 
 /// Takes partitions from steppers[index] on into the unit: a large one alone, small ones together,

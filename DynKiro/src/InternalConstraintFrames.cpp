@@ -11,6 +11,8 @@ namespace {
 
 /// Rows of a partition that is worth several threads.
 constexpr int kLargeRows = 300;
+/// Fewer rows in all partitions of a slice are solved sooner than handed out.
+constexpr int kMinSharedRows = 60;
 
 } // namespace
 
@@ -47,8 +49,10 @@ void InternalConstraintFrames::step(bool finalSlice) {
 
 /// Null where the slice is for the calling thread alone.
 KitThreadPool* InternalConstraintFrames::poolForSlice() const {
-    const bool worthIt = mCountPrimary > 1 ||
-                         (mCountPrimary == 1 && mSteppers[0]->c->n_constraint_rows >= kLargeRows);
+    int rows = 0;
+    for (const StepperData* data : primaries())
+        rows += data->c->n_constraint_rows;
+    const bool worthIt = mCountPrimary > 1 ? rows >= kMinSharedRows : rows >= kLargeRows;
     return threaded > 0 && worthIt && host.threadPool ? host.threadPool(host.owner) : nullptr;
 }
 
@@ -83,8 +87,7 @@ void InternalConstraintFrames::work(KitThreadPool* pool) {
 
 void InternalConstraintFrames::solveIndependent(KitThreadPool* pool) {
     for (int i = 0; i < mCountPrimary; ++i)
-        if (StepperData* data = mSteppers[static_cast<std::size_t>(i)];
-            !pool || data->usesAllThreads)
+        if (StepperData* data = mSteppers[static_cast<std::size_t>(i)]; !pool || !data->isShared())
             data->solveAlone(i);
     if (pool)
         runStage(solve_work_units, mSteppers.data(), mCountPrimary, PartitionChoice::kShared, pool);

@@ -56,6 +56,10 @@ void StepperData::chooseSolvers() {
     ct_solver = DynsFrameGetConstraintSolver(*kf, large ? kIterativeSolver : kp.ct_solver);
 }
 
+bool StepperData::isShared() const {
+    return !usesAllThreads && c->n_constraint_rows > 0;
+}
+
 void StepperData::spreadOver(KitThreadPool* pool) {
     usesAllThreads = pool != nullptr;
     kp.thread_pool = pool;

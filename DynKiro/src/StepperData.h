@@ -28,6 +28,9 @@ struct StepperData {
     void spreadOver(KitThreadPool* pool);
 
     [[nodiscard]] bool isActive() const { return iteration < max_iteration; }
+    /// Whether any one thread may solve it. Without rows it is the calling thread, which has packed it:
+    /// another would wait longer for its memory than the solve takes.
+    [[nodiscard]] bool isShared() const;
     void setUp(int index); ///< @param index place in the slice
     /// One pass alone: the other partitions' forces in, solved, its own forces out.
     void runPass();

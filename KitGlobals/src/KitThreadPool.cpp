@@ -44,6 +44,26 @@ bool spinUntil(Condition condition) {
     return false;
 }
 
+/// A mutex that is held for moments: who finds it taken tries again before the system puts it to sleep,
+/// which would cost more than a unit's work.
+class BriefMutex {
+public:
+    void lock() {
+        static const bool alone = sysconf(_SC_NPROCESSORS_ONLN) < 2;
+        for (int i = 0; i < kTries && !alone; ++i) {
+            if (mMutex.try_lock())
+                return;
+            relaxProcessor();
+        }
+        mMutex.lock();
+    }
+    void unlock() { mMutex.unlock(); }
+
+private:
+    static constexpr int kTries = 200;
+    std::mutex mMutex;
+};
+
 /// Ring of units, first in first out, which keeps its capacity. A unit taken out of turn leaves a
 /// null behind. Guarded by the pool's mutex, except size().
 class UnitRing {
@@ -70,6 +90,14 @@ public:
             dropFront();
         return unit;
     }
+
+    [[nodiscard]] WorkUnit* back() {
+        while (size() > 0 && !slot(size() - 1))
+            setSize(size() - 1);
+        return size() > 0 ? slot(size() - 1) : nullptr;
+    }
+
+    void dropBack() { setSize(size() - 1); }
 
     [[nodiscard]] bool remove(const WorkUnit* unit) {
         for (std::size_t i = 0; i < size(); ++i) {
@@ -116,7 +144,7 @@ struct KitThreadPool::State {
     static thread_local const Running* sRunning;
 
     KitSemaphore mSemTodo{0}; ///< a permit for each worker that is to leave its park
-    std::mutex mMutex;        ///< guards mTodo, mParked and writes of mStop
+    BriefMutex mMutex;        ///< guards mTodo, mParked and writes of mStop
     UnitRing mTodo;
     std::size_t mParked = 0; ///< workers that have no permit yet
     std::atomic<bool> mStop{false};
@@ -307,16 +335,20 @@ void KitThreadPool::State::help(const void* tag) {
     KitSetWorkerThread(wasWorker);
 }
 
-/// The oldest unit, if it is of the batch. Work of other callers is left to the workers, since it
-/// may be long: where that comes first, the worker that was kept for the caller's sake gets up.
+/// The newest unit, if it is of the batch: workers begin at the other end, so that in stage after stage
+/// a thread meets much of what its processor has in its cache. Work of other callers is left to the
+/// workers, since it may be long: where that remains, the worker that was kept for the caller's sake
+/// gets up.
 WorkUnit* KitThreadPool::State::takeOfBatch(const void* tag) {
     std::size_t woken = 0;
     {
         const std::scoped_lock lock(mMutex);
-        const WorkUnit* front = mTodo.front();
-        if (front && front->mBatch == tag)
-            return mTodo.pop();
-        if (front)
+        WorkUnit* newest = mTodo.back();
+        if (newest && newest->mBatch == tag) {
+            mTodo.dropBack();
+            return newest;
+        }
+        if (newest)
             woken = unpark(1);
     }
     wake(woken);
