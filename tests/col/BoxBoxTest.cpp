@@ -162,3 +162,43 @@ TEST_F(BoxBoxTest, GeneratorsMakeNoHeapCall) {
     EXPECT_EQ(HeapCounter::calls() - before, 0);
     HeapCounter::watchMemoryTable(false);
 }
+
+// Flat contacts are chosen before they are made. A cosine of normals as good as 1 asks for the road by
+// the reduction of made contacts, which must choose the same.
+TEST_F(BoxBoxTest, FlatContactsAreThoseOfTheReduction) {
+    std::printf("seed 20261\n");
+    int several = 0;
+    for (int round = 0; round < 3000; ++round) {
+        const lsVec3 size(uniform(0.2, 2), uniform(0.2, 2), uniform(0.2, 2));
+        lsTransform lean = placed(round % 2, uniform(-0.1, 0.1), lsVec3());
+        lsTransform world = randomRotation(), pose;
+        world.t() = lsVec3(uniform(-5, 5), uniform(-5, 5), uniform(-5, 5));
+        lean.t() = lsVec3(uniform(-0.5, 0.5), uniform(-0.5, 0.5), 0.5 * size[2] - 0.02);
+        pose.thisIsFirstThenSecond(placed(2, uniform(0, 7), lsVec3()), lean);
+        pose.thisIsFirstThenSecond(lsTransform(pose), world);
+        lsTransform ground = world;
+        ColGeometry* below = ColPlaneCreate();
+        if (round % 3 != 0) {
+            ground.t() -= 0.5 * world.axis(2);
+            below = ColBoxCreate(1.5, 1, 1);
+        }
+        Body moving(ColBoxCreate(size[0], size[1], size[2]), pose), resting(below, ground);
+        Body &first = round % 2 ? moving : resting, &second = round % 2 ? resting : moving;
+        const auto most = static_cast<std::uint32_t>(3 + round % 6);
+        const Hit quick(first, second, most);
+        ColSetContactDegeneracyThreshold(0.001, 1 - 1e-10);
+        const Hit slow(first, second, most);
+        ColSetContactDegeneracyThreshold(0.001, 0.99);
+        ASSERT_EQ(quick.result.contactCount, slow.result.contactCount) << round;
+        ASSERT_EQ(quick.result.groupCount, slow.result.groupCount) << round;
+        several += quick.result.contactCount > 2;
+        for (int i = 0; i < quick.result.contactCount; ++i) {
+            const ColContact &a = quick.contacts[i], &b = slow.contacts[i];
+            ASSERT_LT((a.position - b.position).norm(), 1e-12) << round;
+            ASSERT_EQ(a.separation, b.separation) << round;
+            ASSERT_EQ(a.surfaceIndex, b.surfaceIndex) << round;
+            ASSERT_EQ(a.dims, b.dims) << round;
+        }
+    }
+    EXPECT_GT(several, 500);
+}

@@ -9,22 +9,56 @@
 
 namespace {
 
+/// The face that won the test, and the box whose face looks towards it.
+struct FacePair {
+    const lsTransform& reference; ///< world frame of the box whose face won
+    const lsVec3& referenceRadii;
+    int axis;     ///< of the reference box
+    KitReal sign; ///< of the face along it
+    const lsTransform& incident;
+    const lsVec3& incidentRadii;
+    int incidentSurface; ///< index of the incident box, on whose face the points lie
+};
+
+FacePair facesOf(const OverlapAxis& overlap, const IxPairFrame& frame, const lsTransform& t12,
+                 const lsVec3& r1, const lsVec3& r2) noexcept {
+    if (OverlapIsFaceOf1(overlap.code)) {
+        const int axis = overlap.code - kOverlapFace1;
+        return {frame.tm1, r1, axis, -overlap.normal[axis], frame.tm2, r2, kColSurfaceModel2};
+    }
+    const int axis = overlap.code / 4;
+    const KitReal sign = overlap.normal.dot(t12.axis(axis)) > 0 ? 1 : -1;
+    return {frame.tm2, r2, axis, sign, frame.tm1, r1, kColSurfaceModel1};
+}
+
 /// Contacts where the face of one box that looks towards a face of the other lies over it.
-/// @param reference,incident world frames of the box whose face won the test and of the other
-/// @param incidentSurface index of the incident box, on whose face the points lie
-/// @return false if the incident face can't stand for its box
-bool addFaceContacts(IxContacts<>* contacts, const OverlapAxis& overlap, const lsVec3& worldNormal,
-                     int axis, KitReal sign, const lsTransform& reference,
-                     const lsVec3& referenceRadii, const lsTransform& incident,
-                     const lsVec3& incidentRadii, int incidentSurface) noexcept {
-    FaceClipPoint points[8];
-    const int count = ClipIncidentFace(points, referenceRadii, axis, sign, incidentRadii,
-                                       IxRelative(incident, reference));
+/// @return the answer of the pair; -1 if the incident face can't stand for its box
+int addFaceContacts(const ColModelPair& pair, ColIntersectResult* result,
+                    const OverlapAxis& overlap, const lsVec3& worldNormal,
+                    const FacePair& faces) noexcept {
+    FaceClipPoint points[kColMaxFlatPoints];
+    const int count =
+        ClipIncidentFace(points, faces.referenceRadii, faces.axis, faces.sign, faces.incidentRadii,
+                         IxRelative(faces.incident, faces.reference));
+    const int iu = (faces.axis + 1) % 3, iv = (faces.axis + 2) % 3;
+    // The normal is that of the face for a face of box 2, and against it for one of box 1.
+    const KitReal turn = faces.incidentSurface == kColSurfaceModel1 ? faces.sign : -faces.sign;
+    IxFlatPoints flat;
     for (int i = 0; i < count; ++i)
         if (points[i].separation <= kIxKeptShare * overlap.separation)
-            contacts->add(reference.transform(points[i].position), worldNormal,
-                          points[i].separation, overlap.dims, incidentSurface);
-    return contacts->count() > 0;
+            flat.add(points[i].position[iu], turn * points[i].position[iv], points[i].separation,
+                     i);
+    if (flat.count() == 0)
+        return -1;
+    const auto position = [&](int i) { return faces.reference.transform(points[i].position); };
+    if (flat.reduceInto(pair, result, worldNormal, overlap.dims, faces.incidentSurface, position))
+        return 1;
+    IxContacts<kColMaxFlatPoints> contacts;
+    for (int i = 0; i < count; ++i)
+        if (points[i].separation <= kIxKeptShare * overlap.separation)
+            contacts.add(position(i), worldNormal, points[i].separation, overlap.dims,
+                         faces.incidentSurface);
+    return contacts.simplifyInto(result, worldNormal);
 }
 
 /// Contacts from all edges of both boxes. Each point's depth is its own below the face that won; of
@@ -88,20 +122,14 @@ int ColBoxBoxIntersect(ColModelPair* pair, ColIntersectResult* result) {
         return IxTouchOnly(result);
 
     const lsVec3 normal = frame.tm1.transformWithoutTranslate(overlap.normal);
-    IxContacts<> contacts;
-    bool found = false;
-    if (OverlapIsFaceOf1(overlap.code)) {
-        const int axis = overlap.code - kOverlapFace1;
-        found = addFaceContacts(&contacts, overlap, normal, axis, -overlap.normal[axis], frame.tm1,
-                                r1, frame.tm2, r2, kColSurfaceModel2);
-    } else if (OverlapIsFaceOf2(overlap.code)) {
-        const int axis = overlap.code / 4;
-        const KitReal sign = overlap.normal.dot(t12.axis(axis)) > 0 ? 1 : -1;
-        found = addFaceContacts(&contacts, overlap, normal, axis, sign, frame.tm2, r2, frame.tm1,
-                                r1, kColSurfaceModel1);
+    if (OverlapIsFaceOf1(overlap.code) || OverlapIsFaceOf2(overlap.code)) {
+        const FacePair faces = facesOf(overlap, frame, t12, r1, r2);
+        const int touch = addFaceContacts(*pair, result, overlap, normal, faces);
+        if (touch >= 0)
+            return touch;
     }
-    if (!found)
-        addEdgeContacts(&contacts, overlap, normal, frame, t12, r1, r2);
+    IxContacts<> contacts;
+    addEdgeContacts(&contacts, overlap, normal, frame, t12, r1, r2);
     return contacts.simplifyInto(result, normal);
 }
 

@@ -31,20 +31,40 @@ BoxOnPlane OverlapOBBPlane(const IxPairFrame& frame, const lsVec3& radii) noexce
     return overlap;
 }
 
+lsVec3 cornerOf(const lsVec3& radii, int corner) noexcept {
+    return {corner & 1 ? radii[0] : -radii[0], corner & 2 ? radii[1] : -radii[1],
+            corner & 4 ? radii[2] : -radii[2]};
+}
+
 /// Every point where an edge dips under the plane is higher than a corner, so corners suffice.
-void BoxPlaneIntersect(IxContacts<8>* contacts, const IxPairFrame& frame, const lsVec3& radii,
-                       const BoxOnPlane& overlap) noexcept {
+int BoxPlaneIntersect(const ColModelPair& pair, ColIntersectResult* result,
+                      const IxPairFrame& frame, const lsVec3& radii,
+                      const BoxOnPlane& overlap) noexcept {
     const KitReal limit = kIxKeptShare * overlap.separation;
-    for (int corner = 0; corner < 8; ++corner) {
-        const KitReal sx = corner & 1 ? 1 : -1, sy = corner & 2 ? 1 : -1, sz = corner & 4 ? 1 : -1;
-        const KitReal separation =
-            overlap.height + sx * overlap.lift[0] + sy * overlap.lift[1] + sz * overlap.lift[2];
-        if (!(separation <= limit))
+    const lsVec3 &x = frame.tm2.axis(0), &y = frame.tm2.axis(1), &normal = frame.tm2.axis(2);
+    const lsVec3 alongX(x.dot(frame.tm1.axis(0)), x.dot(frame.tm1.axis(1)),
+                        x.dot(frame.tm1.axis(2)));
+    const lsVec3 alongY(y.dot(frame.tm1.axis(0)), y.dot(frame.tm1.axis(1)),
+                        y.dot(frame.tm1.axis(2)));
+    const lsVec3 ones(1, 1, 1);
+    KitReal separations[kColMaxFlatPoints];
+    IxFlatPoints flat;
+    for (int corner = 0; corner < kColMaxFlatPoints; ++corner) {
+        separations[corner] = overlap.height + cornerOf(ones, corner).dot(overlap.lift);
+        if (!(separations[corner] <= limit))
             continue;
-        const lsVec3 local(sx * radii[0], sy * radii[1], sz * radii[2]);
-        contacts->add(frame.tm1.transform(local), frame.tm2.axis(2), separation, overlap.dims,
-                      kColSurfaceModel1);
+        const lsVec3 local = cornerOf(radii, corner);
+        flat.add(alongX.dot(local), alongY.dot(local), separations[corner], corner);
     }
+    const auto position = [&](int corner) { return frame.tm1.transform(cornerOf(radii, corner)); };
+    if (flat.reduceInto(pair, result, normal, overlap.dims, kColSurfaceModel1, position))
+        return 1;
+    IxContacts<kColMaxFlatPoints> contacts;
+    for (int corner = 0; corner < kColMaxFlatPoints; ++corner)
+        if (separations[corner] <= limit)
+            contacts.add(position(corner), normal, separations[corner], overlap.dims,
+                         kColSurfaceModel1);
+    return contacts.simplifyInto(result, normal);
 }
 
 } // namespace
@@ -57,9 +77,7 @@ int ColBoxPlaneIntersect(ColModelPair* pair, ColIntersectResult* result) {
         return IxNoContact(result);
     if (IxMaxContacts(*pair, *result) == 0)
         return IxTouchOnly(result);
-    IxContacts<8> contacts;
-    BoxPlaneIntersect(&contacts, frame, radii, overlap);
-    return contacts.simplifyInto(result, frame.tm2.axis(2));
+    return BoxPlaneIntersect(*pair, result, frame, radii, overlap);
 }
 
 void ColBoxPlaneSafeTime(ColModelPair* pair, KitReal maxTime, ColSafeTimeResult* result) {

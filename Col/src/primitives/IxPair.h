@@ -10,6 +10,7 @@
 #include <Kit/lsTransform.h>
 #include <Kit/lsVec3.h>
 
+#include "../util/ColFlatContacts.h"
 #include "PrimitiveGeometry.h"
 
 #include <algorithm>
@@ -96,6 +97,60 @@ private:
     int mCount = 0;
     union {
         ColContact mContacts[kRoom];
+    };
+};
+
+/// Points of one plane of contact, on one surface: those chosen become contacts, the others cost
+/// nothing more.
+class IxFlatPoints {
+public:
+    IxFlatPoints() noexcept {}
+
+    /// @param x,y in the plane, counterclockwise about the normal from model2 to model1
+    /// @param separation height over the plane, m
+    void add(KitReal x, KitReal y, KitReal separation, int index) noexcept {
+        mPoints[mCount++] = {
+            .x = x, .y = y, .z = separation, .separation = separation, .index = index};
+    }
+    [[nodiscard]] int count() const noexcept { return mCount; }
+
+    /// Writes the contacts that ColContactSimplify() would leave, and their group.
+    /// @param position of the point with an index, world
+    /// @return false, with nothing written, if the request needs more than an outline
+    template <class Position>
+    bool reduceInto(const ColModelPair& pair, ColIntersectResult* result, const lsVec3& normal,
+                    int dims, int surface, Position position) noexcept {
+        const int most = IxMaxContacts(pair, *result);
+        if (mCount == 0 || !ColCanReduceFlatPoints(*pair.request, most))
+            return false;
+        int chosen[kColMaxFlatPoints + 1];
+        KitReal separations[kColMaxFlatPoints];
+        for (int i = 0; i < mCount; ++i)
+            separations[mPoints[i].index] = mPoints[i].separation;
+        const int written = ColReduceFlatPoints(mPoints, mCount, most, *pair.request, chosen);
+        if (written == 0)
+            return false;
+        for (int i = 0; i < written; ++i) {
+            ColContact& contact = result->contacts[i];
+            contact = ColContact{};
+            contact.position = position(chosen[i]);
+            contact.normal = normal;
+            contact.separation = separations[chosen[i]];
+            contact.dims = static_cast<std::int16_t>(dims);
+            contact.surfaceIndex = static_cast<std::int16_t>(surface);
+        }
+        result->normal = normal;
+        result->contactCount = written;
+        result->groupCount = pair.request->groupMaxCount >= 1 ? 1 : 0;
+        if (result->groupCount == 1)
+            result->groupResult[0] = {.contactCount = written, .surface = 1, .normal = normal};
+        return true;
+    }
+
+private:
+    int mCount = 0;
+    union {
+        ColOutlinePoint mPoints[kColMaxFlatPoints];
     };
 };
 

@@ -9,8 +9,6 @@
 #include <span>
 
 namespace {
-/// A request for this many contacts wants them as they are.
-constexpr unsigned kNoOutline = 9;
 /// From here on a hash of cells costs less than all pairs.
 constexpr int kManyContacts = 48;
 
@@ -61,17 +59,39 @@ const ColContact& findPartner(std::span<const ColContact> contacts, const ColCon
     return *best;
 }
 
-int writeOutline(const ColOutline& outline, ColContact* out, bool facesFirst) {
+/// Contacts as points of an outline about the unit normal, the first as the origin.
+class PlaneFrame {
+public:
+    PlaneFrame(const lsVec3& normal, std::span<const ColContact> contacts)
+        : mContacts(contacts), mNormal(normal) {
+        ColPlaneBasis(normal, &mU, &mV);
+    }
+    [[nodiscard]] ColOutlinePoint point(const ColContact& c) const {
+        const lsVec3 d = c.position - mContacts.front().position;
+        return {.x = d.dot(mU),
+                .y = d.dot(mV),
+                .z = d.dot(mNormal),
+                .separation = c.separation,
+                .index = static_cast<int>(&c - mContacts.data())};
+    }
+
+private:
+    std::span<const ColContact> mContacts;
+    lsVec3 mNormal, mU, mV;
+};
+
+int writeOutline(const ColOutline& outline, const ColContact* contacts, ColContact* out,
+                 bool facesFirst) {
     int written = 0;
     if (!facesFirst) {
         for (const ColOutlinePoint& p : outline.points())
-            out[written++] = *p.contact;
+            out[written++] = contacts[p.index];
         return written;
     }
     for (const bool ofFace : {true, false})
         for (const ColOutlinePoint& p : outline.points())
-            if (isOfFace(*p.contact) == ofFace)
-                out[written++] = *p.contact;
+            if (isOfFace(contacts[p.index]) == ofFace)
+                out[written++] = contacts[p.index];
     return written;
 }
 
@@ -80,15 +100,17 @@ int reduceToOutline(const lsVec3& normal, std::span<const ColContact> contacts,
                     const ColRequest& request, KitReal* outSurface) {
     ColScratchScope scratch;
     const int corners = std::min(maxContacts, std::max(static_cast<int>(contacts.size()), 3));
-    ColOutline outline(scratch, normal, contacts.front().position, corners);
+    ColOutline outline(scratch.take<ColOutlinePoint>(static_cast<std::size_t>(corners) + 1));
+    const PlaneFrame frame(normal, contacts);
     for (const ColContact& c : contacts)
-        outline.add(c);
+        outline.add(frame.point(c));
     outline.removeCollinear(request.collinearThreshold);
     if (outSurface)
         *outSurface = outline.area();
-    if (seed && !outline.holds(seed))
-        outline.prepend(*seed);
-    return writeOutline(outline, out, request.faceNormalsFirst != 0 && !outSurface);
+    if (seed)
+        outline.prepend(frame.point(*seed));
+    return writeOutline(outline, contacts.data(), out,
+                        request.faceNormalsFirst != 0 && !outSurface);
 }
 } // namespace
 
@@ -107,7 +129,7 @@ int ColSimplifyFiniteGroup(const lsVec3& normal, ColContact* contacts, int count
     unit.normalize();
     count = removeDuplicates(contacts, count, unit);
     const std::span<const ColContact> all(contacts, static_cast<std::size_t>(count));
-    if (request.contactMaxCount >= kNoOutline) {
+    if (request.contactMaxCount >= kColNoOutline) {
         const auto wanted = std::min(request.contactMaxCount, static_cast<unsigned>(maxContacts));
         const int kept = static_cast<int>(std::min(wanted, static_cast<unsigned>(count)));
         std::copy_n(contacts, kept, outContacts);

@@ -91,17 +91,10 @@ private:
 } // namespace
 
 int ColRemoveDuplicatesByPairs(ColContact* contacts, int count, const lsVec3& normal) {
-    for (int i = 0; i < count; ++i)
-        for (int j = i + 1; j < count;) {
-            if (!Degenerate(contacts[i], contacts[j], normal)) {
-                ++j;
-                continue;
-            }
-            if (laterWins(contacts[i], contacts[j]))
-                contacts[i] = contacts[j];
-            contacts[j] = contacts[--count]; // slot j is tested again with what came in
-        }
-    return count;
+    return ColRemoveDuplicates(
+        contacts, count,
+        [&](const ColContact& a, const ColContact& b) { return Degenerate(a, b, normal); },
+        laterWins);
 }
 
 int ColRemoveDuplicatesByCells(ColContact* contacts, int count, const lsVec3& normal) {

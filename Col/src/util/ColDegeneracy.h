@@ -24,6 +24,23 @@ inline void ColPlaneBasis(const lsVec3& normal, lsVec3* u, lsVec3* v) noexcept {
     *v = normal.cross(*u);
 }
 
+/// Leaves one entry of each set of duplicates, all pairs in order, and answers how many are left. The
+/// last entry fills the gap and is tested anew.
+template <class Entry, class Same, class LaterWins>
+int ColRemoveDuplicates(Entry* entries, int count, Same same, LaterWins laterWins) noexcept {
+    for (int i = 0; i < count; ++i)
+        for (int j = i + 1; j < count;) {
+            if (!same(entries[i], entries[j])) {
+                ++j;
+                continue;
+            }
+            if (laterWins(entries[i], entries[j]))
+                entries[i] = entries[j];
+            entries[j] = entries[--count];
+        }
+    return count;
+}
+
 /// Leaves one contact of each set of duplicates, and answers how many are left. Where both lie on
 /// one surface the deeper stays, else the later unless it lies on none; the last contact fills the
 /// gap. All pairs, in order.

@@ -1,16 +1,14 @@
 #include "ColOutline.h"
 #include <Col/ColSimplify.h>
-#include "ColDegeneracy.h"
+#include <Kit/lsVec3.h>
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 /// Contacts less deep than this carry nothing, m; they leave the outline first.
 constexpr KitReal kShallow = 1e-7;
 constexpr KitReal kMinAlong = 1e-14; ///< m
-constexpr KitReal kNever = std::numeric_limits<KitReal>::infinity();
 
 /// Twice the area of a triangle, positive if counterclockwise.
 KitReal twiceArea(const ColOutlinePoint& a, const ColOutlinePoint& b, const ColOutlinePoint& c) {
@@ -23,16 +21,7 @@ KitReal along(const ColOutlinePoint& a, const ColOutlinePoint& b, const ColOutli
 }
 } // namespace
 
-ColOutline::ColOutline(ColScratchScope& scratch, const lsVec3& normal, const lsVec3& origin,
-                       int maxPoints)
-    : mOrigin(origin), mMaxPoints(maxPoints),
-      mPoints(scratch.take<ColOutlinePoint>(static_cast<std::size_t>(maxPoints) + 1)) {
-    ColPlaneBasis(normal, &mU, &mV);
-}
-
-void ColOutline::add(const ColContact& contact) {
-    const lsVec3 d = contact.position - mOrigin;
-    const ColOutlinePoint point = {.x = d.dot(mU), .y = d.dot(mV), .contact = &contact};
+void ColOutline::add(const ColOutlinePoint& point) noexcept {
     if (mSize < 2)
         insert(mSize, point);
     else if (mSize == 2)
@@ -43,43 +32,47 @@ void ColOutline::add(const ColContact& contact) {
         removeMinArea();
 }
 
-void ColOutline::insert(int i, const ColOutlinePoint& point) {
-    const auto begin = mPoints.begin();
-    std::move_backward(begin + i, begin + mSize, begin + mSize + 1);
-    at(i) = point;
-    ++mSize;
+// Rings are short: loops cost less than a call.
+void ColOutline::insert(int i, const ColOutlinePoint& point) noexcept {
+    for (int k = mSize++; k > i; --k)
+        mPoints[k] = mPoints[k - 1];
+    mPoints[i] = point;
 }
 
-void ColOutline::remove(int i) {
-    const auto begin = mPoints.begin();
-    std::move(begin + i + 1, begin + mSize, begin + i);
+void ColOutline::remove(int i) noexcept {
     --mSize;
+    for (int k = i; k < mSize; ++k)
+        mPoints[k] = mPoints[k + 1];
 }
 
-void ColOutline::measure(int i) {
-    at(i).area = twiceArea(at(previous(i)), at(i), at(next(i)));
+void ColOutline::measure(int i) noexcept {
+    mPoints[i].area = twiceArea(mPoints[previous(i)], mPoints[i], mPoints[next(i)]);
 }
 
-void ColOutline::addToSegment(const ColOutlinePoint& point) {
-    const ColOutlinePoint &a = at(0), &b = at(1);
+void ColOutline::addToSegment(const ColOutlinePoint& point) noexcept {
+    const ColOutlinePoint &a = mPoints[0], &b = mPoints[1];
     const KitReal turn = twiceArea(a, b, point);
     if (std::abs(turn) > gColContactSimplifyGroupEpsilon) {
         insert(turn > 0 ? 2 : 1, point);
         for (int i = 0; i < 3; ++i)
             measure(i);
     } else if (along(a, b, point) < 0) {
-        at(0) = point;
+        mPoints[0] = point;
     } else if (along(b, a, point) < 0) {
-        at(1) = point;
+        mPoints[1] = point;
     }
 }
 
-void ColOutline::updateHull(const ColOutlinePoint& point) {
-    const auto sees = [&](int i) { return twiceArea(at(i), at(next(i)), point) < 0; };
+void ColOutline::updateHull(const ColOutlinePoint& point) noexcept {
+    const auto sees = [&](int i) { return twiceArea(mPoints[i], mPoints[next(i)], point) < 0; };
     // The visible edges are one run around the ring; it begins where the edge before is hidden.
     int first = 0;
-    while (first < mSize && !(sees(first) && !sees(previous(first))))
-        ++first;
+    for (bool seenBefore = sees(mSize - 1); first < mSize; ++first) {
+        const bool seen = sees(first);
+        if (seen && !seenBefore)
+            break;
+        seenBefore = seen;
+    }
     if (first == mSize)
         return; // inside, or nothing but rounding
     int last = first;
@@ -89,15 +82,18 @@ void ColOutline::updateHull(const ColOutlinePoint& point) {
 }
 
 /// Puts the point in the place of the corners between the edges first and last.
-void ColOutline::replaceVisible(int first, int last, const ColOutlinePoint& point) {
-    const auto begin = mPoints.begin();
+void ColOutline::replaceVisible(int first, int last, const ColOutlinePoint& point) noexcept {
     int place = first + 1;
     if (last >= first) {
-        std::move(begin + last + 1, begin + mSize, begin + first + 1);
-        mSize -= last - first;
+        const int gone = last - first;
+        mSize -= gone;
+        if (gone > 0)
+            for (int k = place; k < mSize; ++k)
+                mPoints[k] = mPoints[k + gone];
     } else { // the run passes the end of the array
-        std::move(begin + last + 1, begin + first + 1, begin);
         mSize = place = first - last;
+        for (int k = 0; k < place; ++k)
+            mPoints[k] = mPoints[k + last + 1];
     }
     insert(place, point);
     measure(place);
@@ -105,41 +101,42 @@ void ColOutline::replaceVisible(int first, int last, const ColOutlinePoint& poin
     measure(next(place));
 }
 
-void ColOutline::removeMinArea() {
-    const auto leastOf = [&](auto value) {
-        int least = -1;
-        for (int i = 0; i < mSize; ++i)
-            if (least < 0 ? value(at(i)) < kNever : value(at(i)) < value(at(least)))
-                least = i;
-        return least;
-    };
+void ColOutline::removeMinArea() noexcept {
     // Shallow corners by their area; with none, deep ones by the volume that they span.
-    int least = leastOf([](const ColOutlinePoint& p) {
-        return p.contact->separation > -kShallow ? p.area : kNever;
-    });
-    if (least < 0)
-        least = leastOf([](const ColOutlinePoint& p) { return p.area * -p.contact->separation; });
-    const int gone = std::max(least, 0);
+    int shallow = -1, deep = 0;
+    KitReal leastArea = kKitInfinity, leastVolume = kKitInfinity;
+    for (int i = 0; i < mSize; ++i) {
+        const ColOutlinePoint& p = mPoints[i];
+        const KitReal volume = p.area * -p.separation;
+        if (p.separation > -kShallow && p.area < leastArea) {
+            leastArea = p.area;
+            shallow = i;
+        }
+        if (volume < leastVolume) {
+            leastVolume = volume;
+            deep = i;
+        }
+    }
+    const int gone = shallow < 0 ? deep : shallow;
     remove(gone);
     const int gap = gone < mSize ? gone : 0;
     measure(gap);
     measure(previous(gap));
 }
 
-bool ColOutline::isCollinear(int i, KitReal threshold) const {
-    const ColContact& b = *at(i).contact;
-    const lsVec3& a = at(previous(i)).contact->position;
-    lsVec3 u = at(next(i)).contact->position - a;
-    const KitReal length = u.normalize();
-    const lsVec3 ab = b.position - a;
-    const KitReal t = u.dot(ab);
-    if (!(t > kMinAlong) || t > length)
+// With b between a and c, L = |c - a| and t = s / L the way of b's foot from a, all is compared as
+// squares times L^2: |(b - a) x (c - a)|^2 is that of b's distance from the line.
+bool ColOutline::isCollinear(int i, KitReal threshold) const noexcept {
+    const ColOutlinePoint &p = mPoints[previous(i)], &b = mPoints[i], &c = mPoints[next(i)];
+    const lsVec3 ab(b.x - p.x, b.y - p.y, b.z - p.z), ac(c.x - p.x, c.y - p.y, c.z - p.z);
+    const KitReal s = ac.dot(ab), length2 = ac.square_norm();
+    if (!(s > 0 && s * s > kMinAlong * kMinAlong * length2) || s > length2)
         return false;
-    const KitReal allowed = std::min(t, length - t) * threshold;
-    return allowed * allowed > (ab - t * u).square_norm();
+    const KitReal allowed = std::min(s, length2 - s) * threshold;
+    return allowed * allowed > ab.cross(ac).square_norm();
 }
 
-void ColOutline::removeCollinear(KitReal threshold) {
+void ColOutline::removeCollinear(KitReal threshold) noexcept {
     if (!(threshold > 0))
         return;
     for (bool changed = true; changed;) {
@@ -153,32 +150,28 @@ void ColOutline::removeCollinear(KitReal threshold) {
             changed = true;
         }
     }
-    for (int i = 0; i < mSize; ++i)
-        measure(i);
 }
 
-KitReal ColOutline::area() const {
+KitReal ColOutline::area() const noexcept {
     KitReal sum = 0;
     for (int i = 1; i + 1 < mSize; ++i)
-        sum += twiceArea(at(0), at(i), at(i + 1));
+        sum += twiceArea(mPoints[0], mPoints[i], mPoints[i + 1]);
     return 0.5 * sum;
 }
 
-bool ColOutline::holds(const ColContact* contact) const {
-    return std::any_of(points().begin(), points().end(),
-                       [&](const ColOutlinePoint& p) { return p.contact == contact; });
-}
-
-void ColOutline::prepend(const ColContact& contact) {
-    if (mSize == mMaxPoints) {
-        const auto distance = [&](const ColOutlinePoint& p) {
-            return (p.contact->position - contact.position).square_norm();
-        };
-        const auto nearest =
-            std::min_element(points().begin(), points().end(), [&](const auto& a, const auto& b) {
-                return distance(a) < distance(b);
-            });
-        remove(static_cast<int>(nearest - points().begin()));
+void ColOutline::prepend(const ColOutlinePoint& point) noexcept {
+    int nearest = 0;
+    KitReal least = kKitInfinity;
+    for (int i = 0; i < mSize; ++i) {
+        if (mPoints[i].index == point.index)
+            return;
+        const lsVec3 d(mPoints[i].x - point.x, mPoints[i].y - point.y, mPoints[i].z - point.z);
+        if (d.square_norm() < least) {
+            least = d.square_norm();
+            nearest = i;
+        }
     }
-    insert(0, {.contact = &contact});
+    if (mSize == mMaxPoints)
+        remove(nearest);
+    insert(0, point);
 }
