@@ -1,5 +1,6 @@
 #include "PairFixture.h"
 
+#include <Col/ColTriangleList.h>
 #include <Col/ColComposite.h>
 #include <Col/ColCompositeGeometry.h>
 #include <Col/ColPathIntersect.h>
@@ -162,6 +163,40 @@ TEST_F(PathIntersectTest, ThinAndFastTouchesOnItsWay) {
     Path path(rod, pole);
     ASSERT_TRUE(path.run(kFrame));
     EXPECT_NEAR(path.result.safeTime, 80.0 / 180 * kFrame, 0.015 * kFrame);
+}
+
+// A ball over triangles may pass over what it can't reach: its answer is that of the whole path.
+TEST_F(PathIntersectTest, BallOverTrianglesTouchesAsOnTheWholePath) {
+    ColTriangleList* list = ColTriangleListCreate(400);
+    for (int i = 0; i < 200; ++i) {
+        const lsVec3 at(uniform(-4, 4), uniform(-4, 4), uniform(-0.3, 0.3));
+        ColTriangleListAddTriangle(list, at, at + 0.8 * randomUnit(), at + 0.8 * randomUnit(), i);
+    }
+    ColTriangleListBuild(list);
+    Body ground(list, placed(0, 0.4, {1, 2, 3}));
+    gColSubSteppingPenetrationFactor = 0; // single sub-steps: a stride may pass over a graze
+    int touches = 0, frees = 0;
+    for (int round = 0; round < 400; ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        lsTransform from;
+        from.t() =
+            ground.frame.transform(lsVec3(uniform(-4, 4), uniform(-4, 4), round % 2 ? 0.6 : 1.5));
+        Flyer ball(ColSphereCreate(0.03), from, uniform(0, 300) * randomUnit(), {},
+                   uniform(0, round % 3 * 1500) * randomUnit());
+        Path quick(ball, ground), whole(ball, ground);
+        const bool touch = quick.run(kFrame);
+        EXPECT_EQ(touch, ColGenericPathIntersect(&whole.pair, &whole.result, kFrame) != 0);
+        ++(touch ? touches : frees);
+        if (!touch)
+            continue;
+        EXPECT_NEAR(quick.result.safeTime, whole.result.safeTime, 1e-12);
+        EXPECT_EQ(quick.result.contactCount, whole.result.contactCount);
+        for (int i = 0; i < quick.result.contactCount; ++i)
+            EXPECT_EQ(quick.contacts[i].separation, whole.contacts[i].separation);
+    }
+    gColSubSteppingPenetrationFactor = 0.5;
+    EXPECT_GT(touches, 50);
+    EXPECT_GT(frees, 50);
 }
 
 // A fast ball against one thin child of a composite that moves itself; contacts name the child.

@@ -77,6 +77,8 @@ void ColConeCylinderRegisterInteraction();
 // With the triangles of a list near the solid.
 
 int ColSphereTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result);
+int ColSphereTriangleListPathIntersect(ColModelPair* pair, ColIntersectResult* result,
+                                       KitReal time);
 void ColSphereTriangleListRegisterInteraction();
 
 int ColBoxTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result);

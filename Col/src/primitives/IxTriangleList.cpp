@@ -3,10 +3,12 @@
 #include <Col/ColBox.h>
 #include <Col/ColCapsule.h>
 #include <Col/ColCylinder.h>
+#include <Col/ColPathIntersect.h>
 #include <Col/ColSphere.h>
 
 #include "ColPrimitivePairs.h"
 
+#include <cmath>
 #include <memory>
 
 int gColCylinderTriListContactBufferSize = kIxTriangleListBufferSize;
@@ -14,10 +16,54 @@ int gColCylinderTriListContactBufferSize = kIxTriangleListBufferSize;
 namespace {
 
 constexpr int kThreadListRoom = 128;
+/// Share by which a ball reaches farther along its path, for rounding.
+constexpr KitReal kPathSlack = 1e-6;
 
 struct DestroyList {
     void operator()(ColTriangleList* list) const { ColTriangleListDestroy(list); }
 };
+
+bool isNullOrZero(const KitReal* v) {
+    return v == nullptr || lsVec3::constCast(v).square_norm() == 0;
+}
+
+bool isFastBallOverRest(const ColModelPair& pair) {
+    const ColModel &ball = *pair.model1, &list = *pair.model2;
+    return ball.mFastMoving && ball.mRefTM == nullptr && ball.linearVelocity != nullptr &&
+           ball.mCOMOffset.square_norm() == 0 && isNullOrZero(list.linearVelocity) &&
+           isNullOrZero(list.angularVelocity) && isNullOrZero(list.linearAcceleration);
+}
+
+/// Whether a ball comes near any triangle of a list at rest within a time, s.
+/// @param startTime takes a time before which it reaches none
+bool mayReachTriangle(ColModelPair* pair, ColTriangleList* userList, KitReal time,
+                      KitReal* startTime) {
+    const IxPairFrame frame(*pair);
+    const ColModel& ball = *pair->model1;
+    const lsVec3& velocity = lsVec3::constCast(ball.linearVelocity);
+    const lsVec3 acceleration =
+        ball.linearAcceleration ? lsVec3::constCast(ball.linearAcceleration) : lsVec3();
+    const lsVec3 way = time * velocity + 0.5 * time * time * acceleration;
+    const lsVec3 from = frame.tm2.inverseTransform(frame.tm1.t());
+    const Segment chord{from + 0.5 * frame.tm2.inverseTransformWithoutTranslate(way),
+                        0.5 * frame.tm2.inverseTransformWithoutTranslate(way)};
+    const KitReal bend = time * time * acceleration.norm();
+    const KitReal reach =
+        (IxGeometry<ColSphere>(pair->model1).radius + frame.eps + bend) * (1 + kPathSlack);
+    lsVec3 low, high;
+    for (int i = 0; i < 3; ++i) {
+        low[i] = chord.centre[i] - std::abs(chord.half[i]) - reach;
+        high[i] = chord.centre[i] + std::abs(chord.half[i]) + reach;
+    }
+    const IxNearTriangles near(pair, frame, low, high, userList);
+    KitReal gap = kKitInfinity;
+    for (const CxTriangleNE& triangle : near.triangles)
+        if (near.isNear(triangle) && !(ClosestPointsOfTriangle(triangle, chord).distance > reach))
+            gap = std::min(gap, (ClosestPointOnTriangle(triangle, from).position - from).norm());
+    const KitReal speed = velocity.norm() + time * acceleration.norm();
+    *startTime = speed > 0 ? std::max((gap - reach) / speed, 0.0) : 0;
+    return gap < kKitInfinity;
+}
 
 } // namespace
 
@@ -30,12 +76,23 @@ ColTriangleList* IxThreadTriangleList() {
 IxNearTriangles::IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame,
                                  ColTriangleList* userList)
     : listInSolid(IxRelative(frame.tm2, frame.tm1)) {
-    const auto& list = IxGeometry<ColTriangleList>(pair->model2);
     const lsTransform solidInList = IxRelative(frame.tm1, frame.tm2);
     ColGeometryGetAABB(pair->model1->mGeometry, &solidInList, &low, &high, nullptr);
     const lsVec3 margin(frame.eps, frame.eps, frame.eps);
     low -= margin;
     high += margin;
+    gather(pair, userList);
+}
+
+IxNearTriangles::IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame,
+                                 const lsVec3& lowCorner, const lsVec3& highCorner,
+                                 ColTriangleList* userList)
+    : low(lowCorner), high(highCorner), listInSolid(IxRelative(frame.tm2, frame.tm1)) {
+    gather(pair, userList);
+}
+
+void IxNearTriangles::gather(ColModelPair* pair, ColTriangleList* userList) {
+    const auto& list = IxGeometry<ColTriangleList>(pair->model2);
     if (list.triangleListAABBGenerator == nullptr && list.triangleListGenerator == nullptr) {
         triangles = {list.triangleList, static_cast<std::size_t>(list.triangleCount)};
         return;
@@ -91,6 +148,18 @@ int ColSphereTriangleListIntersect(ColModelPair* pair, ColIntersectResult* resul
         });
 }
 
+// A fast ball over a list at rest moves along a chord, which its acceleration bends a little: where no
+// triangle is near the chord there is no touch, else the search begins where the nearest can be reached.
+int ColSphereTriangleListPathIntersect(ColModelPair* pair, ColIntersectResult* result,
+                                       KitReal time) {
+    ColIntersectResultClear(result);
+    KitReal startTime = 0;
+    if (time > 0 && isFastBallOverRest(*pair) &&
+        !mayReachTriangle(pair, result->userTriangleList, time, &startTime))
+        return 0;
+    return ColGenericPathIntersectFn(pair, result, time, startTime);
+}
+
 int ColBoxTriangleListIntersect(ColModelPair* pair, ColIntersectResult* result) {
     const lsVec3& radii = IxGeometry<ColBox>(pair->model1).mR;
     return IxTriangleListIntersect(
@@ -118,10 +187,10 @@ int ColCapsuleTriangleListIntersect(ColModelPair* pair, ColIntersectResult* resu
 }
 
 void ColSphereTriangleListRegisterInteraction() {
-    ColInteractionTableSetElement(
-        kColSphere, kColTriangleList,
-        {.intersectFn = ColSphereTriangleListIntersect, .pathIntersectFn = ColGenericPathIntersect},
-        nullptr);
+    ColInteractionTableSetElement(kColSphere, kColTriangleList,
+                                  {.intersectFn = ColSphereTriangleListIntersect,
+                                   .pathIntersectFn = ColSphereTriangleListPathIntersect},
+                                  nullptr);
 }
 
 void ColBoxTriangleListRegisterInteraction() {

@@ -20,6 +20,9 @@ struct IxNearTriangles {
     /// Asks the generators of the list for what lies near the solid.
     /// @param userList takes the triangles; null takes one of the calling thread
     IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame, ColTriangleList* userList);
+    /// What lies within a box in the frame of the list.
+    IxNearTriangles(ColModelPair* pair, const IxPairFrame& frame, const lsVec3& lowCorner,
+                    const lsVec3& highCorner, ColTriangleList* userList);
 
     [[nodiscard]] bool isNear(const CxTriangleNE& triangle) const noexcept {
         return !QuickDisjointAABBTri(triangle, low, high) && triangle.mNormal.square_norm() > 0;
@@ -28,6 +31,9 @@ struct IxNearTriangles {
     std::span<const CxTriangleNE> triangles; ///< frame of the list
     lsVec3 low, high;                        ///< box of the solid, frame of the list
     lsTransform listInSolid;                 ///< frame of the list in that of the solid
+
+private:
+    void gather(ColModelPair* pair, ColTriangleList* userList);
 };
 
 /// Buffer of contacts on the way; those of one triangle always fit.
