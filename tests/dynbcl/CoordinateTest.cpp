@@ -204,22 +204,4 @@ TEST_F(CoordinateTest, GlobalSoftnessIsAFloorForEveryRow) {
     EXPECT_EQ(head.dynamic_flags[0], 0);
 }
 
-TEST_F(CoordinateTest, FrictionSticksUntilItSlips) {
-    DyncFriction& friction = joint->bclH.friction[3];
-    friction.mEnabled = 1;
-    friction.mMaxForce = 10;
-    friction.mStaticFrictionScale = 1.5;
-    ASSERT_EQ(rows(), 6);
-    EXPECT_EQ(f.rows->upper[5], 10);
-    rows(); // held in the last step
-    EXPECT_EQ(f.rows->upper[5], 15);
-    EXPECT_EQ(f.rows->lower[5], -15);
-    joint->bclH.dynamic_flags[5] = kDyncRowAtBound | kDyncRowAtUpper;
-    rows(); // slipped in the last step
-    EXPECT_EQ(f.rows->upper[5], 10);
-    friction.mMaxForce = 0;
-    EXPECT_EQ(rows(), 5);
-    EXPECT_EQ(friction.mLastStepRow, 0);
-}
-
 } // namespace
