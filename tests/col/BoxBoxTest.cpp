@@ -177,11 +177,14 @@ TEST_F(BoxBoxTest, FlatContactsAreThoseOfTheReduction) {
         pose.thisIsFirstThenSecond(placed(2, uniform(0, 7), lsVec3()), lean);
         pose.thisIsFirstThenSecond(lsTransform(pose), world);
         lsTransform ground = world;
-        ColGeometry* below = ColPlaneCreate();
-        if (round % 3 != 0) {
+        const bool onPlane = round % 3 == 0;
+        if (!onPlane)
             ground.t() -= 0.5 * world.axis(2);
+        ColGeometry* below = nullptr;
+        if (onPlane)
+            below = ColPlaneCreate();
+        else
             below = ColBoxCreate(1.5, 1, 1);
-        }
         Body moving(ColBoxCreate(size[0], size[1], size[2]), pose), resting(below, ground);
         Body &first = round % 2 ? moving : resting, &second = round % 2 ? resting : moving;
         const auto most = static_cast<std::uint32_t>(3 + round % 6);
