@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
     Hy::HySolverParameters* solver = universe.getSolverParameters(0);
     solver->setIterativeSolverRowThreshold(600);
     solver->setIterativeSolverWarmStart(true);
-    solver->setConstraintIterativeSolverMaxIteration(30);
+    solver->setConstraintIterativeSolverMaxIteration(40);
     Hy::HyMaterial* stone = addMaterial(universe, 0.5);
 
     auto* ground = new Hy::HyPart;
