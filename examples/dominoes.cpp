@@ -73,12 +73,12 @@ int main(int argc, char** argv) {
         }
     }
     const double from = fallTime[kCount / 2], to = fallTime[kCount - 2];
-    if (fallen >= kCount - 1)
-        std::printf("the wave runs at %.2f m/s, %.2f times sqrt(g h)\n",
-                    kSpacing * (kCount - 2 - kCount / 2) / (to - from),
-                    kSpacing * (kCount - 2 - kCount / 2) / (to - from) /
-                        std::sqrt(kGravity * kHeight));
-    gallery.measure("speed of the wave", "m/s", kSpacing * (kCount - 2 - kCount / 2) / (to - from));
+    if (fallen >= kCount - 1) {
+        const double speed = kSpacing * (kCount - 2 - kCount / 2) / (to - from);
+        std::printf("the wave runs at %.2f m/s, %.2f times sqrt(g h)\n", speed,
+                    speed / std::sqrt(kGravity * kHeight));
+        gallery.measure("speed of the wave", "m/s", speed);
+    }
     gallery.expect("energy above the push", "J", 0, highest - start);
     std::printf("energy: %.2f J pushed, at most %.4f J above that, %.2f J left\n", start,
                 highest - start, energyOf(dominoes));

@@ -34,6 +34,7 @@ void initSolverBody(DynsBody& body) {
 
 // The simulated values; links, identity and back references stay.
 void initValues(DynBody* body) {
+    body->enabledIndex = -1;
     initSolverBody(body->kiroBody);
     KitMatrix4SetIdentity(body->bodyTM);
     KitMatrix4SetIdentity(body->comToBodyTM);

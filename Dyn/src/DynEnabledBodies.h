@@ -12,9 +12,9 @@ void DynForEachEnabledBody(DynWorld* world, Fn fn) {
     const DynBuffer<DynBody*>& bodies = world->scratch->enabledBodies;
     for (int i = 0; i < bodies.size(); ++i) {
         if (i + kAhead < bodies.size()) {
-            const DynsBody& next = bodies[i + kAhead]->kiroBody;
-            __builtin_prefetch(next.force);
-            __builtin_prefetch(next.torque + 3);
+            const DynBody* next = bodies[i + kAhead];
+            __builtin_prefetch(next->kiroBody.force); // and the torque beside it
+            __builtin_prefetch(&next->enabledNext);
         }
         fn(bodies[i]);
     }

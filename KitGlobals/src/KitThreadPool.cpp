@@ -25,13 +25,18 @@ void relaxProcessor() {
 #endif
 }
 
-/// Polls for a short while, unless that would keep the only processor from those waited for.
+/// Whether polling would keep the only processor from those waited for.
+bool isOnlyProcessor() {
+    static const bool only = sysconf(_SC_NPROCESSORS_ONLN) < 2;
+    return only;
+}
+
+/// Polls for a short while.
 template <class Condition>
 bool spinUntil(Condition condition) {
     if (condition())
         return true;
-    static const bool alone = sysconf(_SC_NPROCESSORS_ONLN) < 2;
-    if (alone)
+    if (isOnlyProcessor())
         return false;
     const auto end = std::chrono::steady_clock::now() + kSpinTime;
     do {
@@ -49,8 +54,7 @@ bool spinUntil(Condition condition) {
 class BriefMutex {
 public:
     void lock() {
-        static const bool alone = sysconf(_SC_NPROCESSORS_ONLN) < 2;
-        for (int i = 0; i < kTries && !alone; ++i) {
+        for (int i = 0; i < kTries && !isOnlyProcessor(); ++i) {
             if (mMutex.try_lock())
                 return;
             relaxProcessor();

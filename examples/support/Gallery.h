@@ -83,10 +83,14 @@ private:
         return std::isfinite(value) ? text : "null";
     }
     void writeFacts() const {
-        if (std::FILE* file = std::fopen((mPath + ".json").c_str(), "w")) {
-            std::fprintf(file, "[\n%s\n]\n", mFacts.c_str());
-            std::fclose(file);
+        const std::string path = mPath + ".json";
+        std::FILE* file = std::fopen(path.c_str(), "w");
+        if (!file) {
+            std::fprintf(stderr, "%s cannot be written\n", path.c_str());
+            return;
         }
+        std::fprintf(file, "[\n%s\n]\n", mFacts.c_str());
+        std::fclose(file);
     }
 
     std::string mPath; ///< without suffix; empty: not wanted

@@ -189,6 +189,8 @@ std::string GlbDocument::assemble(const std::string& members) const {
     std::string file;
     const std::size_t total =
         kHeader + kChunkHeader + json.size() + (binary.empty() ? 0 : kChunkHeader + binary.size());
+    if (total > std::numeric_limits<std::uint32_t>::max())
+        return {};
     file.reserve(total);
     for (const std::size_t word :
          {std::size_t{kMagic}, std::size_t{kVersion}, total, json.size(), std::size_t{kJsonChunk}})

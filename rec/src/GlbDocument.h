@@ -45,7 +45,7 @@ public:
     /// added.
     std::size_t addExtraView(std::string bytes);
 
-    /// The file.
+    /// The file; empty beyond the 4 GiB of the format.
     /// @param members members of the top object beside accessors, buffer views and buffer, each
     ///                ended by a comma
     [[nodiscard]] std::string assemble(const std::string& members) const;

@@ -34,6 +34,13 @@ constexpr std::size_t kFewParts = 8;
 /// Of a step or of a sample's time.
 constexpr double kClockTolerance = 1e-6;
 
+/// The file's number for one of the simulation; what does not fit, or is none, becomes infinite.
+float toFloat(HyReal value) {
+    return std::abs(value) <= static_cast<HyReal>(std::numeric_limits<float>::max())
+               ? static_cast<float>(value)
+               : std::numeric_limits<float>::infinity();
+}
+
 /// False if a number does not fit.
 bool toSample(const HyTransform& pose, const HyVector3& origin, RunSample& sample) {
     const HyQuaternion q(pose);
@@ -41,7 +48,7 @@ bool toSample(const HyTransform& pose, const HyVector3& origin, RunSample& sampl
     const HyReal values[7] = {p[0], p[1], p[2], q.x(), q.y(), q.z(), q.w()};
     bool fits = true;
     for (int i = 0; i < 7; ++i) {
-        sample.value[i] = static_cast<float>(values[i]);
+        sample.value[i] = toFloat(values[i]);
         fits = fits && std::isfinite(sample.value[i]);
     }
     return fits;
@@ -226,6 +233,8 @@ void HyRecorder::Run::advance(HyReal dt) {
         sample();
         return;
     }
+    if (dt == 0) // a second sample of one time has no place in the file
+        return;
     clock += dt;
     // Sums of steps miss the time of a sample by rounding only.
     if (options.rate > 0 && clock < nextSample - kClockTolerance * dt)
@@ -288,8 +297,8 @@ bool HyRecorder::Run::appendForce(std::uint32_t frame, const HyVector3& point,
                                   const HyVector3& force, ForceKind kind) {
     RunSample sample{.frame = frame, .value = {}};
     for (int i = 0; i < 3; ++i) {
-        sample.value[i] = static_cast<float>(point[i] - options.origin[i]);
-        sample.value[3 + i] = static_cast<float>(force[i]);
+        sample.value[i] = toFloat(point[i] - options.origin[i]);
+        sample.value[3 + i] = toFloat(force[i]);
     }
     sample.value[6] = static_cast<float>(kind);
     const bool fits = std::all_of(std::begin(sample.value), std::end(sample.value),
@@ -373,13 +382,17 @@ bool HyRecorder::write(const char* path) const {
         HyWarning(12, "HyRecorder::write: there is no recording.\n");
         return false;
     }
-    return writeWholeFile("HyRecorder::write", path,
-                          makeRunDocument({.actors = mRun->actors,
-                                           .forces = mRun->forces,
-                                           .withForces = mRun->options.forces,
-                                           .chunks = mRun->chunks,
-                                           .times = mRun->times,
-                                           .origin = mRun->options.origin}));
+    const std::string document = makeRunDocument({.actors = mRun->actors,
+                                                  .forces = mRun->forces,
+                                                  .withForces = mRun->options.forces,
+                                                  .chunks = mRun->chunks,
+                                                  .times = mRun->times,
+                                                  .origin = mRun->options.origin});
+    if (document.empty()) {
+        HyWarning(12, "HyRecorder::write: the run must fit into a file of 4 GiB.\n");
+        return false;
+    }
+    return writeWholeFile("HyRecorder::write", path, document);
 }
 
 } // namespace Hy

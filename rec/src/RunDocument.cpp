@@ -186,7 +186,9 @@ bool passesRotation(const float* a, const float* b, const float* middle, double 
     double dot = 0;
     for (int i = 3; i < 7; ++i)
         dot += static_cast<double>(a[i]) * static_cast<double>(b[i]);
-    const double angle = std::acos(std::clamp(dot, -1.0, 1.0));
+    if (dot < 0) // a turn by more than half: players take the other way
+        return false;
+    const double angle = std::acos(std::min(dot, 1.0));
     const double sine = std::sin(angle);
     const double weightA = sine < 1e-6 ? 1 - t : std::sin((1 - t) * angle) / sine;
     const double weightB = sine < 1e-6 ? t : std::sin(t * angle) / sine;
@@ -249,6 +251,12 @@ void RunWriter::animate(std::size_t node, const RunActor& actor,
     std::vector<std::uint32_t> frames;
     std::vector<float> scales;
     const auto addScale = [&](std::uint32_t frame, float scale) {
+        // Of two whose times are one number in the file, the later stays.
+        if (!frames.empty() && static_cast<float>(mRun.times[frames.back()]) ==
+                                   static_cast<float>(mRun.times[frame])) {
+            frames.pop_back();
+            scales.resize(scales.size() - 3);
+        }
         frames.push_back(frame);
         scales.insert(scales.end(), 3, scale);
     };

@@ -31,7 +31,7 @@ struct RunContents {
     HyVector3 origin;
 };
 
-/// A binary glTF file of a run.
+/// A binary glTF file of a run; empty if it would be larger than the format allows.
 [[nodiscard]] std::string makeRunDocument(const RunContents& run);
 
 } // namespace Hy

@@ -3,6 +3,7 @@
 #include <Hy/HyMessage.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>

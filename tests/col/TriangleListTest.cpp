@@ -1,3 +1,4 @@
+#include "../../Col/src/math/TriangleDistance.h"
 #include "../../Col/src/math/triutils.h"
 #include "PairFixture.h"
 
@@ -409,4 +410,70 @@ TEST_F(TriangleListTest, ManyTrianglesAndNoContacts) {
         body.frame.t()[2] += 0.1;
         EXPECT_EQ(Hit(body, ground, 0).result.touch, 0);
     }
+}
+
+// The distance of solids from a triangle is the least of many points of the triangle.
+TEST_F(TriangleListTest, DistancesAreThoseOfSampledPoints) {
+    constexpr int kSteps = 80;
+    const lsVec3 radii(0.3, 0.5, 0.4);
+    const auto distanceTo = [&](int solid, const CxTriangleNE& t) {
+        return solid == 0   ? sphereTriDist(0.4, t)
+               : solid == 1 ? boxTriDist(radii, t)
+               : solid == 2 ? cylinderTriDist(0.4, 0.35, t)
+                            : capsuleTriDist(0.3, 0.4, t);
+    };
+    int apart = 0, over = 0;
+    for (int solid = 0; solid < 4; ++solid)
+        for (int round = 0; round < 100; ++round) {
+            const Body body(kSolids[solid].make());
+            const lsVec3 centre = uniform(0, 1.3) * randomUnit();
+            const KitReal size = round % 2 ? 0.4 : 2;
+            CxTriangleNE t;
+            ASSERT_TRUE(CxTriangleNESet(&t, centre + size * randomUnit(),
+                                        centre + size * randomUnit(), centre + size * randomUnit(),
+                                        0));
+            KitReal least = kKitInfinity, found = 0;
+            lsVec3 outward;
+            for (int i = 0; i <= kSteps; ++i)
+                for (int j = 0; i + j <= kSteps; ++j) {
+                    const lsVec3 p = t.mVertex[0] + (1.0 * i / kSteps) * t.mEdge[0] -
+                                     (1.0 * j / kSteps) * t.mEdge[2];
+                    ASSERT_EQ(ColPointSurfaceDistance(&body.model, p, &found, &outward), 1);
+                    least = std::min(least, found);
+                }
+            SCOPED_TRACE(std::string(kSolids[solid].name) + " round " + std::to_string(round));
+            const TriangleDistance d = distanceTo(solid, t);
+            EXPECT_LE(d.distance, std::max(least, 0.0) + 1e-9);
+            // Steps of 1/80 of an edge: the nearest point lies up to 0.6 of one beside a sample.
+            EXPECT_GE(d.distance, std::max(least, 0.0) - 0.6 * 2 * size / kSteps);
+            if (d.distance == 0) {
+                ++over;
+                continue;
+            }
+            ++apart;
+            EXPECT_NEAR((d.onSolid - d.onTriangle).norm(), d.distance, 1e-9);
+            ColPointSurfaceDistance(&body.model, d.onTriangle, &found, &outward);
+            EXPECT_NEAR(found, d.distance, 1e-9);
+        }
+    EXPECT_GT(apart, 100);
+    EXPECT_GT(over, 50);
+}
+
+TEST_F(TriangleListTest, PlaneMeetsTheCornersBelowIt) {
+    CxTriangleNE t;
+    ASSERT_TRUE(CxTriangleNESet(&t, lsVec3(0, 0, -0.2), lsVec3(1, 0, -0.1), lsVec3(0, 1, 0.3), 4));
+    ColContact contacts[4];
+    ColIntersectResult result;
+    result.contacts = contacts;
+    result.contactMaxCount = 4;
+    TriangleContacts out(&result, placed(2, 0, lsVec3(0, 0, 5)));
+    ASSERT_EQ(PlaneCxTriangleNEIntersect(&out, t, 0), 1);
+    ASSERT_EQ(result.contactCount, 2);
+    EXPECT_EQ(contacts[1].position, lsVec3(1, 0, 5));
+    EXPECT_EQ(contacts[1].normal, lsVec3(0, 0, -1));
+    EXPECT_EQ(contacts[1].separation, -0.1);
+    EXPECT_EQ(contacts[1].indexElement2, 4);
+    for (lsVec3& vertex : t.mVertex)
+        vertex[2] += 0.21;
+    EXPECT_EQ(PlaneCxTriangleNEIntersect(&out, t, 0), 0);
 }

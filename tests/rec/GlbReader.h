@@ -80,6 +80,12 @@ public:
         return values;
     }
 
+    [[nodiscard]] std::string bytes(std::size_t view) const {
+        const auto& place = json["bufferViews"][view];
+        return mBinary.substr(place["byteOffset"].get<std::size_t>(),
+                              place["byteLength"].get<std::size_t>());
+    }
+
     nlohmann::json json;
 
 private:

@@ -43,6 +43,11 @@ bool OverlapSphereTri(BallOnTriangle* out, const CxTriangleNE& t, KitReal radius
            TriangleAdmitsNormal(t, out->normal, nearest.edges);
 }
 
+/// Least height of a triangle over the plane z = 0.
+KitReal OverlapPlaneTri(const CxTriangleNE& t) noexcept {
+    return std::min({t.mVertex[0][2], t.mVertex[1][2], t.mVertex[2][2]});
+}
+
 /// A capsule about the origin, along z, and a triangle.
 struct CapsuleTriangleTest {
     CapsuleTriangleTest(const CxTriangleNE& t, KitReal r, KitReal halfHeight,
@@ -202,5 +207,17 @@ int CapsuleCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& t, K
         return 0;
     if (out)
         test.write(out);
+    return 1;
+}
+
+int PlaneCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& t, KitReal eps) noexcept {
+    const KitReal separation = OverlapPlaneTri(t);
+    if (!(separation <= eps))
+        return 0;
+    const KitReal limit = TriangleKeepLimit(separation, eps);
+    for (const lsVec3& vertex : t.mVertex)
+        if (out && vertex[2] <= limit)
+            out->add(t, lsVec3(vertex[0], vertex[1], 0), lsVec3(0, 0, -1), vertex[2],
+                     TriangleDims(2, 0));
     return 1;
 }

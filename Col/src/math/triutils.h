@@ -217,3 +217,6 @@ int BoxCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle
                              const lsVec3& radii, KitReal eps) noexcept;
 int CylinderCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle,
                                   KitReal radius, KitReal halfHeight, KitReal eps) noexcept;
+/// A plane, solid below z = 0 in its frame: it meets the triangle's corners.
+int PlaneCxTriangleNEIntersect(TriangleContacts* out, const CxTriangleNE& triangle,
+                               KitReal eps) noexcept;

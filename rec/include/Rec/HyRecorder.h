@@ -64,7 +64,8 @@ public:
     [[nodiscard]] bool isRecording() const;
     /// Lets the recording's clock go on and takes a sample if one is due: for a universe that is stepped
     /// without HyFrame::step(), which calls this at the end of each step.
-    /// @param dt s; negative or not finite: a warning, and nothing happens
+    /// @param dt s; negative or not finite: a warning, and nothing happens; nor does it for 0, once there
+    ///           is a first sample
     void advance(HyReal dt);
 
     /// Recorded time, s.
@@ -76,7 +77,8 @@ public:
 
     /// Writes what is recorded so far; the recording goes on. The file appears whole or not at all: a
     /// path that cannot be written, or a full disk, gives a warning and false, and an older file of that
-    /// name stays.
+    /// name stays. A run beyond the 4 GiB of the format is refused
+    /// in the same way.
     /// @param path null is warned of
     bool write(const char* path) const;
 
