@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kHeavyRows = 10;
 constexpr int kMediumRows = 6;
+/// As kDynsMinSharedRows, before rows are built: joints announce 2 to 3 times as many as they use.
+constexpr int kMinSharedMaxRows = 3 * kDynsMinSharedRows;
 
 // Fills the unit from entry i on; answers the entry behind the last one taken.
 int fillUnit(ProcessPartitionWorkUnit& unit, DynWorld* world, int i, int end) {
@@ -28,9 +30,16 @@ int fillUnit(ProcessPartitionWorkUnit& unit, DynWorld* world, int i, int end) {
     }
 }
 
-KitThreadPool* threadPoolFor(const DynWorld* world, int partitions) {
-    if (partitions < 2 || DynsConstraintFramesGetThreaded(world->constraint_frames) < 1 ||
-        !world->host.threadPool)
+bool areWorthSharing(const DynWorld* world, int start, int end) {
+    int rows = 0;
+    for (int i = start; i < end && rows < kMinSharedMaxRows; ++i)
+        rows += world->partitionOutput.maxConstraintsRows[world->thread_data[i].partitionID];
+    return end - start >= 2 && rows >= kMinSharedMaxRows;
+}
+
+KitThreadPool* threadPoolFor(const DynWorld* world, int start, int end) {
+    if (!areWorthSharing(world, start, end) ||
+        DynsConstraintFramesGetThreaded(world->constraint_frames) < 1 || !world->host.threadPool)
         return nullptr;
     return world->host.threadPool(world->host.owner);
 }
@@ -45,7 +54,7 @@ void ProcessPartitionWorkUnit::process() {
 
 void process_all_threads(DynWorld* world, ProcessPartitionWorkUnit::Function fn, int start,
                          int end) {
-    KitThreadPool* pool = threadPoolFor(world, end - start);
+    KitThreadPool* pool = threadPoolFor(world, start, end);
     const int* rows = world->partitionOutput.maxConstraintsRows;
     DynWorldThreadData* const data = world->thread_data;
     std::vector<ProcessPartitionWorkUnit>& units = world->scratch->units;

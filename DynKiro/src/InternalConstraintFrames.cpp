@@ -11,8 +11,6 @@ namespace {
 
 /// Rows of a partition that is worth several threads.
 constexpr int kLargeRows = 300;
-/// Fewer rows in all partitions of a slice are solved sooner than handed out.
-constexpr int kMinSharedRows = 60;
 
 } // namespace
 
@@ -52,7 +50,7 @@ KitThreadPool* InternalConstraintFrames::poolForSlice() const {
     int rows = 0;
     for (const StepperData* data : primaries())
         rows += data->c->n_constraint_rows;
-    const bool worthIt = mCountPrimary > 1 ? rows >= kMinSharedRows : rows >= kLargeRows;
+    const bool worthIt = mCountPrimary > 1 ? rows >= kDynsMinSharedRows : rows >= kLargeRows;
     return threaded > 0 && worthIt && host.threadPool ? host.threadPool(host.owner) : nullptr;
 }
 
