@@ -109,6 +109,7 @@ struct HyRecorder::Run : HyUniverseObserver {
     void leave(const void* key);
     void renewShapes();
     bool describe(Source& source);
+    [[nodiscard]] bool hasOtherShapes(const Source& source) const;
     bool samplePose(Source& source, std::uint32_t frame);
     bool sampleForces(std::uint32_t frame);
     bool appendForce(std::uint32_t frame, const HyVector3& point, const HyVector3& force,
@@ -205,6 +206,13 @@ bool HyRecorder::Run::describe(Source& source) {
     return isOther;
 }
 
+/// Sizes, places and geometries of a recorded thing change without a word to observers.
+bool HyRecorder::Run::hasOtherShapes(const Source& source) const {
+    const std::vector<RunShape>& shapes = actors[source.actor].shapes;
+    return source.isDescribed &&
+           !(source.part ? haveShapes(*source.part, shapes) : haveShapes(*source.geometry, shapes));
+}
+
 /// A thing whose shapes have changed leaves, and comes as another.
 void HyRecorder::Run::renewShapes() {
     areShapesStale = false;
@@ -244,7 +252,9 @@ void HyRecorder::Run::advance(HyReal dt) {
 
 void HyRecorder::Run::sample() {
     const KitProfileScope zone("record");
-    if (areShapesStale)
+    if (areShapesStale || std::any_of(sources.begin(), sources.end(), [this](const Source& source) {
+            return hasOtherShapes(source);
+        }))
         renewShapes();
     const auto frame = static_cast<std::uint32_t>(times.size());
     times.push_back(clock);

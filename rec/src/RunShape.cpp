@@ -37,15 +37,45 @@ std::optional<RunShape> describe(const HyGeometry* geometry, const HyTransform& 
     return std::nullopt;
 }
 
-void appendShapes(const HyCollisionGeometry& geometry, const HyTransform& place,
-                  std::vector<RunShape>& shapes) {
+/// Calls with each shape of a geometry in turn.
+template <typename Visit>
+void visitShapes(const HyCollisionGeometry& geometry, const HyTransform& place, Visit&& visit) {
     if (const auto* const composite =
             dynamic_cast<const HyCompositeCollisionGeometry*>(&geometry)) {
         for (const HyCollisionGeometry* child : composite->getCollisionGeometries())
-            appendShapes(*child, child->getTransformRelative() * place, shapes);
+            visitShapes(*child, child->getTransformRelative() * place, visit);
     } else if (const std::optional<RunShape> shape = describe(geometry.getGeometry(), place)) {
-        shapes.push_back(*shape);
+        visit(*shape);
     }
+}
+
+template <typename Visit>
+void visitShapes(const HyPart& part, Visit&& visit) {
+    for (const HyCollisionGeometry* geometry : part.getCollisionGeometries())
+        visitShapes(*geometry, geometry->getTransformRelative(), visit);
+}
+
+template <typename Visit>
+void visitShapes(const HyCollisionGeometry& geometry, Visit&& visit) {
+    visitShapes(geometry, HyTransform::kIdentity, visit);
+}
+
+template <typename Thing>
+std::vector<RunShape> listShapes(const Thing& thing) {
+    std::vector<RunShape> shapes;
+    visitShapes(thing, [&shapes](const RunShape& shape) { shapes.push_back(shape); });
+    return shapes;
+}
+
+template <typename Thing>
+bool areShapes(const Thing& thing, const std::vector<RunShape>& shapes) {
+    std::size_t count = 0;
+    bool isSame = true;
+    visitShapes(thing, [&](const RunShape& shape) {
+        isSame = isSame && count < shapes.size() && shape == shapes[count];
+        ++count;
+    });
+    return count == 0 || (isSame && count == shapes.size());
 }
 
 /// The uniform box with the mass and the principal moments of a part:
@@ -181,19 +211,23 @@ void addSquare(MeshBuilder& mesh, const HyVector3& place) {
 } // namespace
 
 std::vector<RunShape> describeShapes(const HyCollisionGeometry& geometry) {
-    std::vector<RunShape> shapes;
-    appendShapes(geometry, HyTransform::kIdentity, shapes);
-    return shapes;
+    return listShapes(geometry);
 }
 
 std::vector<RunShape> describeShapes(const HyPart& part) {
-    std::vector<RunShape> shapes;
-    for (const HyCollisionGeometry* geometry : part.getCollisionGeometries())
-        appendShapes(*geometry, geometry->getTransformRelative(), shapes);
+    std::vector<RunShape> shapes = listShapes(part);
     if (shapes.empty())
         if (const std::optional<RunShape> box = describeInertia(part))
             shapes.push_back(*box);
     return shapes;
+}
+
+bool haveShapes(const HyPart& part, const std::vector<RunShape>& shapes) {
+    return areShapes(part, shapes);
+}
+
+bool haveShapes(const HyCollisionGeometry& geometry, const std::vector<RunShape>& shapes) {
+    return areShapes(geometry, shapes);
 }
 
 RunMesh tessellate(const RunShape& shape) {

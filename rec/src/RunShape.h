@@ -33,6 +33,12 @@ struct RunMesh {
 /// The shapes of a geometry that stands by itself; its own place is that of the node.
 [[nodiscard]] std::vector<RunShape> describeShapes(const HyCollisionGeometry& geometry);
 
+/// Whether geometries still have the shapes that were described; makes no heap call. True too where
+/// there is nothing to draw: a box of mass and inertia is not looked at again.
+[[nodiscard]] bool haveShapes(const HyPart& part, const std::vector<RunShape>& shapes);
+[[nodiscard]] bool haveShapes(const HyCollisionGeometry& geometry,
+                              const std::vector<RunShape>& shapes);
+
 [[nodiscard]] RunMesh tessellate(const RunShape& shape);
 
 } // namespace Hy

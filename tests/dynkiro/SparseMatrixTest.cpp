@@ -45,9 +45,10 @@ void expectElements(LCPMatrix& m, RandomPartition& p) {
     const Eigen::MatrixXd A = p.dense();
     m.allocate(p.size());
     m.calcJinvMJT(p.rows);
+    const double tolerance = 1e-12 * A.norm();
     for (int i = 0; i < p.size(); ++i)
         for (int j = 0; j < p.size(); ++j)
-            ASSERT_NEAR(m.getElement(i, j), A(i, j), 1e-12 * A.norm());
+            ASSERT_NEAR(m.getElement(i, j), A(i, j), tolerance);
 }
 
 void expectSolvesLikeDense(LCPMatrix& m, RandomPartition& p) {
@@ -75,9 +76,10 @@ void expectSolvesLikeDense(LCPMatrix& m, RandomPartition& p) {
         EXPECT_EQ(m.column_solved[j], 3U);
     }
     const Eigen::MatrixXd L = A.llt().matrixL();
+    const double tolerance = 1e-9 * L.norm();
     for (int i = 0; i < n; i += 1 + n / 9)
         for (int j = 0; j <= i; ++j)
-            EXPECT_NEAR(m.getElementFactor(i, j), L(i, j), 1e-9 * L.norm());
+            EXPECT_NEAR(m.getElementFactor(i, j), L(i, j), tolerance);
 }
 
 TEST(SparseMatrixTest, SolvesLikeTheDenseMatrix) {

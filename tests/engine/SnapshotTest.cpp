@@ -66,7 +66,7 @@ TEST_F(Snapshot, HeapReplaysToTheSameBits) {
         buildHeap();
         std::map<int, std::unique_ptr<HyUniverseState>> snapshots;
         std::vector<std::vector<HyReal>> run;
-        constexpr int kSteps = 200;
+        constexpr int kSteps = 170;
         for (int i = 0; i <= kSteps; ++i) {
             if (i == 3 || i == 12 || i == 40 || i == 90 || i == 150)
                 snapshots[i].reset(universe->createState());

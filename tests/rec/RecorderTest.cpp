@@ -115,13 +115,16 @@ TEST_F(RecorderTest, FileGivesBackThePosesOfTheRun) {
         poses[1].push_back(resting.getTransform());
         poses[2].push_back(wheel.getTransform());
     };
-    constexpr std::size_t kSteps = 150, kLeaves = 40, kComes = 70;
+    constexpr std::size_t kSteps = 150, kLeaves = 40, kComes = 70, kSwells = 90;
     keep();
     for (std::size_t step = 1; step <= kSteps; ++step) {
         if (step == kLeaves)
             universe.destroyPart(&leaving);
         if (step == kComes)
             addPart("coming", new HySphere(0.3), origin + HyVector3(0, 4, 3));
+        if (step == kSwells) // a thing of another shape is another node
+            static_cast<HySphere*>((*wheel.getCollisionGeometries().begin())->getGeometry())
+                ->setRadius(0.6);
         HyFrame::instance()->step();
         keep();
     }
@@ -133,7 +136,7 @@ TEST_F(RecorderTest, FileGivesBackThePosesOfTheRun) {
     const std::size_t nodes[3] = {file.nodeOf("spinning"), file.nodeOf("resting"),
                                   file.nodeOf("wheel")};
     for (std::size_t step = 0; step <= kSteps; ++step) {
-        for (int which = 0; which < 3; ++which) {
+        for (int which = 0; which < (step < kSwells ? 3 : 2); ++which) {
             const GlbReader::Pose pose =
                 file.poseAt(nodes[which], static_cast<double>(step) * kStep);
             const HyTransform& truth = poses[which][step];
@@ -159,6 +162,11 @@ TEST_F(RecorderTest, FileGivesBackThePosesOfTheRun) {
     EXPECT_FALSE(isThere("coming", 0) || isThere("coming", kComes - 1));
     EXPECT_TRUE(isThere("coming", kComes) && isThere("coming", kSteps));
     EXPECT_TRUE(isThere("spinning", kLeaves));
+    EXPECT_TRUE(isThere("wheel", kSwells - 1));
+    EXPECT_FALSE(isThere("wheel", kSwells));
+    EXPECT_EQ(std::count_if(file.json["nodes"].begin(), file.json["nodes"].end(),
+                            [](const auto& node) { return node.value("name", "") == "wheel"; }),
+              2);
 
     const auto& extras = file.json["scenes"][0]["extras"];
     EXPECT_EQ(extras["origin"][0], 1e6);

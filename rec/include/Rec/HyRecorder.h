@@ -16,7 +16,8 @@ class HyUniverse;
 /// Every part becomes a node with the shapes of its collision geometries, or, without any, with the box
 /// of its mass and inertia; a geometry of the universe itself becomes a node too. Poses are taken at the
 /// end of a step, before the first one also at its start. Those between which the motion is straight to
-/// 0.1 mm and 0.1 mrad are left out of the file. Parts that come or go are scaled from or to nothing.
+/// 0.1 mm and 0.1 mrad are left out of the file. Parts that come or go are scaled from or to nothing;
+/// one whose shapes change goes, and comes as another node.
 /// The file's bytes are a function of the run.
 ///
 /// Samples go into memory that is reserved at the start, so that recording makes no heap call while
