@@ -1,6 +1,8 @@
 #include <Hy/Find.h>
 
+#include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyConstraint.h>
+#include <Hy/HyDynamicsExtension.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
@@ -10,19 +12,28 @@ namespace Hy::Find {
 
 namespace {
 
-template <class Collection>
-typename Collection::value_type firstOfName(const Collection& objects, const std::string& name) {
-    for (const auto object : objects)
+/// The objects of one kind in a universe.
+template <class Object>
+using Members = const HyWalkedObjects<Object>& (HyUniverse::*)() const;
+
+template <class Object>
+Object* findIn(const HyUniverse* universe, Members<Object> members, const std::string& name,
+               const char* operation) {
+    if (!universe) {
+        HyWarning(0, "Find::%s: universe must not be null.\n", operation);
+        return nullptr;
+    }
+    for (Object* object : (universe->*members)())
         if (object->getName() == name)
             return object;
     return nullptr;
 }
 
-template <class Search>
-auto firstInFrame(const std::string& name, Search search) -> decltype(search(name, nullptr)) {
+template <class Object>
+Object* findInFrame(Members<Object> members, const std::string& name) {
     const HyFrame* frame = HyFrame::currentInstance();
     for (int i = 0; frame && i < frame->getUniverseCount(); ++i)
-        if (auto* found = search(name, frame->getUniverse(i)))
+        if (Object* found = findIn(frame->getUniverse(i), members, name, ""))
             return found;
     return nullptr;
 }
@@ -30,29 +41,36 @@ auto firstInFrame(const std::string& name, Search search) -> decltype(search(nam
 } // namespace
 
 HyPart* part(const std::string& name) {
-    return firstInFrame(name, [](const std::string& wanted, const HyUniverse* universe) {
-        return part(wanted, universe);
-    });
+    return findInFrame<HyPart>(&HyUniverse::getParts, name);
 }
 
 HyPart* part(const std::string& name, const HyUniverse* universe) {
-    if (universe)
-        return firstOfName(universe->getParts(), name);
-    HyWarning(0, "Find::part: universe must not be null.\n");
-    return nullptr;
+    return findIn<HyPart>(universe, &HyUniverse::getParts, name, "part");
 }
 
 HyConstraint* constraint(const std::string& name) {
-    return firstInFrame(name, [](const std::string& wanted, const HyUniverse* universe) {
-        return constraint(wanted, universe);
-    });
+    return findInFrame<HyConstraint>(&HyUniverse::getConstraints, name);
 }
 
 HyConstraint* constraint(const std::string& name, const HyUniverse* universe) {
-    if (universe)
-        return firstOfName(universe->getConstraints(), name);
-    HyWarning(0, "Find::constraint: universe must not be null.\n");
-    return nullptr;
+    return findIn<HyConstraint>(universe, &HyUniverse::getConstraints, name, "constraint");
+}
+
+HyCollisionGeometry* collisionGeometry(const std::string& name) {
+    return findInFrame<HyCollisionGeometry>(&HyUniverse::getCollisionGeometries, name);
+}
+
+HyCollisionGeometry* collisionGeometry(const std::string& name, const HyUniverse* universe) {
+    return findIn<HyCollisionGeometry>(universe, &HyUniverse::getCollisionGeometries, name,
+                                       "collisionGeometry");
+}
+
+HyDynamicsExtension* extension(const std::string& name) {
+    return findInFrame<HyDynamicsExtension>(&HyUniverse::getExtensions, name);
+}
+
+HyDynamicsExtension* extension(const std::string& name, const HyUniverse* universe) {
+    return findIn<HyDynamicsExtension>(universe, &HyUniverse::getExtensions, name, "extension");
 }
 
 } // namespace Hy::Find

@@ -4,6 +4,7 @@
 #include <Dyn/DynConstraint.h>
 #include <Dyn/DynWorld.h>
 #include <Hy/ConstraintAccessors.h>
+#include <Hy/HyConstraintFactory.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyUniverse.h>
@@ -72,6 +73,8 @@ HyConstraint::HyConstraint(DynBaseConstraint* record)
 }
 
 HyConstraint::~HyConstraint() {
+    if (HyConstraintFactory* creator = HyConstraintFactory::findFactoryCreatorOf(this))
+        creator->onConstraintDestroyed(this);
     if (mUniverse)
         mUniverse->removeConstraint(this);
     for (HyPart*& place : mPartList)

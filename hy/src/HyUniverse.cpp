@@ -126,6 +126,7 @@ HyUniverse::~HyUniverse() {
             unregisterObserver(&observer, true);
     });
     deleteAllUserDynamicsContacts();
+    destroyExtensions();
     destroyConstraints();
     destroyParts();
     destroyCollisionGeometries();

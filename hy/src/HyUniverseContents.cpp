@@ -2,6 +2,7 @@
 
 #include <Hy/HyCollisionGeometry.h>
 #include <Hy/HyConstraint.h>
+#include <Hy/HyDynamicsExtension.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPointer.h>
@@ -31,6 +32,10 @@ const HyUniverse::MemberKind<HyCollisionGeometry> HyUniverse::kGeometries{
     &HyUniverse::mCollisionGeometries, &HyUniverseObserver::onCollisionGeometryAdded,
     &HyUniverseObserver::onCollisionGeometryRemoved};
 
+const HyUniverse::MemberKind<HyDynamicsExtension> HyUniverse::kExtensions{
+    &HyUniverse::mExtensions, &HyUniverseObserver::onExtensionAdded,
+    &HyUniverseObserver::onExtensionRemoved};
+
 /// Answers whether the member has outlived the calls.
 template <typename T>
 bool HyUniverse::tellObservers(void (HyUniverseObserver::*call)(T*), T* member) {
@@ -55,6 +60,7 @@ void HyUniverse::tellOfAllContents(HyUniverseObserver& observer, bool added) {
     tellOfContents(observer, kParts, added ? kParts.onAdded : kParts.onRemoved);
     tellOfContents(observer, kGeometries, added ? kGeometries.onAdded : kGeometries.onRemoved);
     tellOfContents(observer, kConstraints, added ? kConstraints.onAdded : kConstraints.onRemoved);
+    tellOfContents(observer, kExtensions, added ? kExtensions.onAdded : kExtensions.onRemoved);
 }
 
 // The member stands here before it leaves its other universe. If an observer there deletes it, its
@@ -128,6 +134,22 @@ void HyUniverse::destroyConstraint(HyConstraint* constraint) {
 
 void HyUniverse::destroyConstraints() {
     destroyMembers(kConstraints);
+}
+
+bool HyUniverse::addExtension(HyDynamicsExtension* extension) {
+    return addMember(kExtensions, extension);
+}
+
+HyDynamicsExtension* HyUniverse::removeExtension(HyDynamicsExtension* extension) {
+    return removeMember(kExtensions, extension);
+}
+
+void HyUniverse::destroyExtension(HyDynamicsExtension* extension) {
+    delete removeMember(kExtensions, extension);
+}
+
+void HyUniverse::destroyExtensions() {
+    destroyMembers(kExtensions);
 }
 
 // A geometry of a part comes and goes with it; one of a composite with that.

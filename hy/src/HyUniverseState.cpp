@@ -7,6 +7,7 @@
 #include <Hy/HyCollisionPairRequest.h>
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintState.h>
+#include <Hy/HyDynamicsExtensionState.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyPart.h>
 #include <Hy/HyPartState.h>
@@ -36,6 +37,9 @@ HyUniverseState* HyUniverse::createState() {
     state->mConstraints.reserve(mConstraints.size());
     for (HyConstraint* constraint : mConstraints)
         state->mConstraints.emplace_back(constraint->createState());
+    for (HyDynamicsExtension* extension : mExtensions)
+        if (HyDynamicsExtensionState* captured = extension->createState())
+            state->mExtensions.emplace_back(captured);
     state->mGravity = getGravity();
     state->mPartPartContactCount = getPartPartCollisionPairRequest(0, 0).getContactMaxCount();
     state->mPartSensorContactCount = getSensorPartCollisionPairRequest().getContactMaxCount();
@@ -67,6 +71,9 @@ void HyUniverse::restoreState(HyUniverseState* state) {
     for (const std::unique_ptr<HyConstraintState>& constraint : state->mConstraints)
         if (isHere(constraint))
             constraint->restore();
+    for (const std::unique_ptr<HyDynamicsExtensionState>& extension : state->mExtensions)
+        if (isHere(extension) && !extension->mInstance->getContainer()) // which restores its own
+            extension->restore();
     const HyVector3 gravity = getGravity();
     if (!std::equal(gravity.v, gravity.v + 3, state->mGravity.v))
         setGravity(state->mGravity);

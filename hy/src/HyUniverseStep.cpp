@@ -5,6 +5,7 @@
 
 #include <Col/ColSpace.h>
 #include <Hy/HyBridge.h>
+#include <Hy/HyDynamicsExtension.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
 
@@ -36,6 +37,18 @@ void HyUniverse::preUpdateImpl() {
     mUniverseTimings = UniverseTimings();
     mStepping = false;
     measure(mUniverseTimings.preStepParts, "parts before", [this] { preStepParts(); });
+    callExtensions(&HyDynamicsExtension::preStep, mUniverseTimings.preStepExtensions,
+                   "extensions before");
+}
+
+void HyUniverse::callExtensions(void (HyDynamicsExtension::*hook)(), HyReal& milliseconds,
+                                const char* name) {
+    if (mExtensions.empty())
+        return;
+    measure(milliseconds, name, [this, hook] {
+        for (HySafeWalk walk(mExtensions); HyDynamicsExtension* extension = walk.next();)
+            (extension->*hook)();
+    });
 }
 
 // Loads are saved for later substeps once all parts have had their say.
@@ -49,7 +62,10 @@ void HyUniverse::preStepParts() {
 
 void HyUniverse::detectCollisionsImpl(HyReal dt) {
     mStepping = true;
-    stepCollisionRules();
+    measure(mUniverseTimings.applyCollisionRules, "collision rules",
+            [this] { stepCollisionRules(); });
+    callExtensions(&HyDynamicsExtension::preCollision, mUniverseTimings.preCollisionExtensions,
+                   "extensions before collision");
     HyFrame* frame = HyFrame::instance();
     mSpace->SetThreadPool(mBroadPhaseMultithreaded ? frame->getThreadPool() : nullptr);
     measure(mUniverseTimings.collisionDetectionBroadPhase, "broad phase",
@@ -63,6 +79,7 @@ void HyUniverse::detectCollisionsImpl(HyReal dt) {
         mUpdateSubscriberList.forEach(
             [this](UpdateSubscriber& subscriber) { subscriber.update(this); });
     });
+    callExtensions(&HyDynamicsExtension::step, mUniverseTimings.stepExtensions, "extensions");
 }
 
 void HyUniverse::advanceKinematicsImpl(HyReal dt) {
@@ -133,6 +150,8 @@ void HyUniverse::postUpdateImpl() {
     mStepping = false;
     mUserContacts->disableAll();
     measure(mUniverseTimings.postStepParts, "parts after", [this] { postStepParts(); });
+    callExtensions(&HyDynamicsExtension::postStep, mUniverseTimings.postStepExtensions,
+                   "extensions after");
     mFirstStep = false;
 }
 

@@ -1,7 +1,10 @@
 #include <Hy/Find.h>
 #include <Hy/HyBallAndSocket.h>
+#include <Hy/HyCollisionGeometry.h>
+#include <Hy/HyDynamicsExtension.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyPart.h>
+#include <Hy/HySphere.h>
 #include <Hy/HyUniverse.h>
 
 #include "MessageCapture.h"
@@ -41,6 +44,15 @@ TEST(FindTest, FindsTheOldestPartOfTheFirstUniverseThatHasTheName) {
 
     EXPECT_EQ(Find::constraint("arm"), joint);
     EXPECT_EQ(Find::constraint("arm", &first), nullptr);
+
+    auto* extension = new HyDynamicsExtension;
+    extension->setName("arm");
+    second->addExtension(extension);
+    auto* geometry = new HyCollisionGeometry(new HySphere(1));
+    geometry->setName("arm");
+    oldest->addCollisionGeometry(geometry);
+    EXPECT_EQ(Find::extension("arm"), extension);
+    EXPECT_EQ(Find::collisionGeometry("arm", second), geometry);
 
     MessageCapture messages;
     EXPECT_EQ(Find::part("arm", nullptr), nullptr);

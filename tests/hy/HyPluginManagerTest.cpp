@@ -141,13 +141,14 @@ TEST(HyPluginManagerTest, DropsWhatPluginsLeaveBehind) {
     };
     const std::string usual = "HyWarning{0}: " + left("an object") +
                               "\nHyWarning{0}: " + left("a listener") +
-                              "\nHyWarning{0}: " + left("a stepper factory");
+                              "\nHyWarning{0}: " + left("an extension factory") + "\n";
+    const std::string last = "HyWarning{0}: " + left("a stepper factory");
     EXPECT_EQ(run("frame load=other/leftover frame step listen unload-all frame objects step "
                   "mapped=other/leftover.so"),
-              "steppers: 0\nsteppers: 1\nasked for leftover\nobject removed\n" + usual +
-                  "\nsteppers: 0\nobjects: 0\ngone\n");
+              "steppers: 0\nsteppers: 1\nextension steps\nasked for leftover\nobject removed\n" +
+                  usual + "extension ends\n" + last + "\nsteppers: 0\nobjects: 0\ngone\n");
     EXPECT_EQ(run("load-with=stepper frame unload-all frame step mapped=other/leftover.so"),
-              "steppers: 2\n" + usual + "\nHyWarning{0}: " + left("a stepper") +
+              "steppers: 2\n" + usual + last + "\nHyWarning{0}: " + left("a stepper") +
                   "\nHyWarning{0}: HyPluginManager::unload: other/leftover.so stays in memory, as "
                   "it is still in use.\nsteppers: 0\nin memory\n");
     EXPECT_EQ(run("frame dir=good frame step delete frame step"),

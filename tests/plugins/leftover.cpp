@@ -1,10 +1,13 @@
 // A plug-in that takes nothing back: the manager has to.
 #include "Config.h"
 
+#include <Hy/HyDynamicsExtensionFactory.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyPluginStepperFactoryRegistry.h>
+#include <Hy/HyUniverse.h>
 #include <Hy/IStepper.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 using namespace Hy::HyPluginSystem;
@@ -27,6 +30,11 @@ struct Factory : Hy::HyPluginStepperFactory {
     Hy::HyPluginStepper* create() override { return new Hy::HyPluginStepper(new Stepper); }
 } factory;
 
+struct Extension : Hy::HyDynamicsExtension {
+    ~Extension() override { std::printf("extension ends\n"); }
+    void preStep() override { std::printf("extension steps\n"); }
+};
+
 } // namespace
 
 /// With the argument "stepper" also one that nobody knows how to delete.
@@ -34,6 +42,9 @@ bool InitializePlugin(HyPluginManager& manager, int argc, char** argv, std::stri
     manager.addObject(&object);
     static Listener listener;
     Hy::HyPluginStepperFactoryRegistry::instance().registerFactory(&factory);
+    static Hy::HyDynamicsExtensionFactoryImpl<Extension> extensions("leftover");
+    if (Hy::HyFrame* frame = Hy::HyFrame::currentInstance())
+        frame->getUniverse().addExtension(extensions.createExtension());
     if (argc > 0 && std::string_view(argv[0]) == "stepper")
         Hy::HyFrame::instance()->addStepper(new Hy::HyPluginStepper(new Stepper));
     return true;

@@ -4,7 +4,9 @@
 #include <string>
 
 namespace Hy {
+class HyCollisionGeometry;
 class HyConstraint;
+class HyDynamicsExtension;
 class HyPart;
 class HyUniverse;
 
@@ -18,6 +20,12 @@ namespace Find {
 [[nodiscard]] HY_API HyPart* part(const std::string& name, const HyUniverse* universe);
 [[nodiscard]] HY_API HyConstraint* constraint(const std::string& name);
 [[nodiscard]] HY_API HyConstraint* constraint(const std::string& name, const HyUniverse* universe);
+[[nodiscard]] HY_API HyCollisionGeometry* collisionGeometry(const std::string& name);
+[[nodiscard]] HY_API HyCollisionGeometry* collisionGeometry(const std::string& name,
+                                                            const HyUniverse* universe);
+[[nodiscard]] HY_API HyDynamicsExtension* extension(const std::string& name);
+[[nodiscard]] HY_API HyDynamicsExtension* extension(const std::string& name,
+                                                    const HyUniverse* universe);
 
 } // namespace Find
 } // namespace Hy

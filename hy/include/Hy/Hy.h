@@ -22,8 +22,10 @@
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintAttachment.h>
 #include <Hy/HyConstraintController.h>
+#include <Hy/HyConstraintFactory.h>
 #include <Hy/HyConstraintFriction.h>
 #include <Hy/HyConstraintFrictionDirectionSub.h>
+#include <Hy/HyConstraintRegistry.h>
 #include <Hy/HyConstraintSolverRegistry.h>
 #include <Hy/HyConstraintState.h>
 #include <Hy/HyConsumerPart.h>
@@ -36,6 +38,11 @@
 #include <Hy/HyDoubleHinge.h>
 #include <Hy/HyDynamicsContact.h>
 #include <Hy/HyDynamicsContactInput.h>
+#include <Hy/HyDynamicsExtension.h>
+#include <Hy/HyDynamicsExtensionContainer.h>
+#include <Hy/HyDynamicsExtensionFactory.h>
+#include <Hy/HyDynamicsExtensionRegistry.h>
+#include <Hy/HyDynamicsExtensionState.h>
 #include <Hy/HyFilesystem.h>
 #include <Hy/HyFrame.h>
 #include <Hy/HyFrameLock.h>

@@ -96,5 +96,6 @@ constexpr int kHyMaterialClassId = 1005;
 constexpr int kHyContactMaterialClassId = 1006;
 constexpr int kHyProducerPartClassId = 1007;
 constexpr int kHyPluginStepperClassId = 1008;
+constexpr int kHyDynamicsExtensionClassId = 1009;
 
 } // namespace Hy

@@ -24,6 +24,7 @@ class HyCollisionRule;
 class HyCollisionRuleStore;
 class HyConstraint;
 class HyContactMaterial;
+class HyDynamicsExtension;
 class HyDynamicsContact;
 class HyDynamicsContactInput;
 class HyMaterial;
@@ -46,6 +47,7 @@ public:
     using Parts = HyWalkedObjects<HyPart>;
     using Constraints = HyWalkedObjects<HyConstraint>;
     using CollisionGeometries = HyWalkedObjects<HyCollisionGeometry>;
+    using Extensions = HyWalkedObjects<HyDynamicsExtension>;
     using IntersectSubscriber = HyIntersectSubscriber;
     using eIntersectEventType = Hy::eIntersectEventType;
 
@@ -57,6 +59,11 @@ public:
         HyReal updateSubscribers = 0;
         HyReal preStepParts = 0;
         HyReal postStepParts = 0;
+        HyReal preStepExtensions = 0;
+        HyReal preCollisionExtensions = 0;
+        HyReal stepExtensions = 0;
+        HyReal postStepExtensions = 0;
+        HyReal applyCollisionRules = 0;
         HyReal collisionDetectionBroadPhase = 0;
         HyReal collisionDetectionContactGeneration = 0;
         HyReal intersectSubscribers = 0; ///< within the contact generation
@@ -143,6 +150,16 @@ public:
     /// Visits the contacts that act, likewise.
     [[nodiscard]] DynamicsContactIterator dynamicsContactBegin();
     [[nodiscard]] DynamicsContactIterator dynamicsContactEnd();
+
+    // Extensions.
+
+    /// As the operations on parts.
+    bool addExtension(HyDynamicsExtension* extension);
+    HyDynamicsExtension* removeExtension(HyDynamicsExtension* extension);
+    void destroyExtension(HyDynamicsExtension* extension);
+    void destroyExtensions();
+    /// In the order of creation, in which they are called.
+    [[nodiscard]] const Extensions& getExtensions() const { return mExtensions; }
 
     // Materials.
 
@@ -375,7 +392,7 @@ public:
 
     // State.
 
-    /// Captures parts, constraints, gravity and auto-sleep. Owned by the caller.
+    /// Captures parts, constraints, extensions, gravity and auto-sleep. Owned by the caller.
     [[nodiscard]] HyUniverseState* createState();
     /// Brings back what the state captured, of what is still here. Null: nothing. The state of
     /// another universe, or a call while stepping: a warning, nothing changes.
@@ -450,6 +467,7 @@ private:
     static const MemberKind<HyPart> kParts;
     static const MemberKind<HyConstraint> kConstraints;
     static const MemberKind<HyCollisionGeometry> kGeometries;
+    static const MemberKind<HyDynamicsExtension> kExtensions;
 
     template <typename T>
     bool addMember(const MemberKind<T>& kind, T* member);
@@ -474,6 +492,8 @@ private:
     void measure(HyReal& milliseconds, const char* name, Stage stage);
     void preStepParts();
     void postStepParts();
+    void callExtensions(void (HyDynamicsExtension::*hook)(), HyReal& milliseconds,
+                        const char* name);
     void saveLockTargets();
     void restoreLockTargets();
     void resetConstraintDynamics();
@@ -486,6 +506,7 @@ private:
     HyCallbackList<UpdateSubscriber> mUpdateSubscriberList;
     Constraints mConstraints;
     CollisionGeometries mCollisionGeometries;
+    Extensions mExtensions;
     HyEnabledListVisits<DynBody, HyPart> mPartVisits;
     HyEnabledListVisits<DynBaseConstraint, HyConstraint> mConstraintVisits;
     HyEnabledListVisits<DynBaseConstraint, HyDynamicsContact> mContactVisits;

@@ -4,6 +4,7 @@
 namespace Hy {
 class HyCollisionGeometry;
 class HyConstraint;
+class HyDynamicsExtension;
 class HyPart;
 class HyUniverse;
 
@@ -30,6 +31,9 @@ public:
     /// The same for a constraint. One that is told of from its own destructor is a HyConstraint only.
     virtual void onConstraintAdded(HyConstraint*) {}
     virtual void onConstraintRemoved(HyConstraint*) {}
+    /// The same for an extension.
+    virtual void onExtensionAdded(HyDynamicsExtension*) {}
+    virtual void onExtensionRemoved(HyDynamicsExtension*) {}
 
     /// Null while it observes none.
     [[nodiscard]] HyUniverse* getObservedUniverse() const { return mObservedUniverse; }

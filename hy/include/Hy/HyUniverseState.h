@@ -9,6 +9,7 @@
 namespace Hy {
 class HyCollisionGeometryState;
 class HyConstraintState;
+class HyDynamicsExtensionState;
 class HyPartState;
 class HyUniverse;
 struct HyContactHistory;
@@ -37,6 +38,7 @@ private:
     std::vector<std::unique_ptr<HyCollisionGeometryState>> mCollisionGeometries;
     std::vector<std::unique_ptr<HyPartState>> mParts; ///< in the order of the parts' creation
     std::vector<std::unique_ptr<HyConstraintState>> mConstraints;
+    std::vector<std::unique_ptr<HyDynamicsExtensionState>> mExtensions;
     HyVector3 mGravity; ///< m/s²
     // Most contacts of a pair, by the requests of the ids 0.
     unsigned mPartPartContactCount = 0;

@@ -1,5 +1,6 @@
 #include <Hy/HyPluginManager.h>
 
+#include "PluginExtensions.h"
 #include "PluginImage.h"
 #include "PluginLibraryData.h"
 #include "PluginList.h"
@@ -93,7 +94,8 @@ bool HyPluginManager::dropLeftovers(const PluginImage& image) {
             warnOfLeftover(image, "a listener");
             mListeners.remove(listener);
         }
-    return dropSteppers(image);
+    const bool areExtensionsGone = dropExtensions(image);
+    return dropSteppers(image) && areExtensionsGone;
 }
 
 void HyPluginManager::flush() {
