@@ -145,8 +145,9 @@ TEST(HyPluginManagerTest, DropsWhatPluginsLeaveBehind) {
     const std::string last = "HyWarning{0}: " + left("a stepper factory");
     EXPECT_EQ(run("frame load=other/leftover frame step listen unload-all frame objects step "
                   "mapped=other/leftover.so"),
-              "steppers: 0\nsteppers: 1\nextension steps\nasked for leftover\nobject removed\n" +
-                  usual + "extension ends\n" + last + "\nsteppers: 0\nobjects: 0\ngone\n");
+              "steppers: 0\nsteppers: 2\nextension steps\nasked for leftover\nobject removed\n"
+              "extension ends\n" +
+                  usual + last + "\nsteppers: 1\nobjects: 0\ngone\n");
     EXPECT_EQ(run("load-with=stepper frame unload-all frame step mapped=other/leftover.so"),
               "steppers: 2\n" + usual + last + "\nHyWarning{0}: " + left("a stepper") +
                   "\nHyWarning{0}: HyPluginManager::unload: other/leftover.so stays in memory, as "
