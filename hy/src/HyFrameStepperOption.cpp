@@ -1,6 +1,7 @@
 #include <Hy/HyFrameStepperOption.h>
 
 #include <Hy/HyMessage.h>
+#include <Hy/HyStepChecks.h>
 
 #include <algorithm>
 #include <iterator>
@@ -29,6 +30,16 @@ constexpr ModeActions kModeActions[] = {
 
 HyFrameStepperOption::HyFrameStepperOption() : mSolverDataArray(kFirstSolverData) {}
 HyFrameStepperOption::~HyFrameStepperOption() = default;
+
+HyFrameStepperOption::CheckSubscriberCB::ReturnTypeEnum
+HyFrameStepperOption::CheckSubscriberCB::notifyCheckFailure(HyPart*, const char*) {
+    return kReturnTypeEnumAccept;
+}
+
+HyFrameStepperOption::CheckSubscriberCB::ReturnTypeEnum
+HyFrameStepperOption::CheckSubscriberCB::notifyCheckFailure(HyConstraint*, const char*) {
+    return kReturnTypeEnumAccept;
+}
 
 HyFrameStepperOption& HyFrameStepperOption::instance() {
     static HyFrameStepperOption option;
@@ -63,6 +74,8 @@ void HyFrameStepperOption::resetStepperMode() {
 void HyFrameStepperOption::setUpdateActionCollision(bool on) {
     mStepperMode = kModeManual;
     mUpdateActionCollision = on;
+    if (!on)
+        disableContacts();
 }
 
 void HyFrameStepperOption::setUpdateActionDynamics(bool on) {

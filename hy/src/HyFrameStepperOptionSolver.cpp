@@ -1,6 +1,7 @@
 #include <Hy/HyFrameStepperOption.h>
 
-#include <Hy/HyFrame.h>
+#include "ForEachUniverse.h"
+
 #include <Hy/HyMessage.h>
 #include <Hy/HySolverParameters.h>
 #include <Hy/HyUniverse.h>
@@ -17,13 +18,6 @@ namespace {
 
 /// Identifier of the iterative solver in the registry.
 constexpr unsigned kIterativeSolver = 1;
-
-template <typename Call>
-void forEachUniverse(Call call) {
-    const HyFrame* frame = HyFrame::currentInstance();
-    for (int i = 0; frame && i < frame->getUniverseCount(); ++i)
-        call(*frame->getUniverse(i));
-}
 
 void warnOfChange() {
     HyWarning(0, "HyFrameStepperOption::forceIterativeSolverPost: frame, universe and solver "

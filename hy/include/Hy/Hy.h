@@ -79,6 +79,7 @@
 #include <Hy/HyResponse.h>
 #include <Hy/HySolverParameters.h>
 #include <Hy/HySphere.h>
+#include <Hy/HyStepChecks.h>
 #include <Hy/HyThreadPool.h>
 #include <Hy/HyTimeline.h>
 #include <Hy/HyTimer.h>

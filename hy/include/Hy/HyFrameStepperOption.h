@@ -3,7 +3,17 @@
 #include <Hy/HyTypes.h>
 #include <Kit/KitApi.h>
 
+#include <memory>
+
 namespace Hy {
+class HyCheckAcceleration;
+class HyCheckContact;
+class HyCheckFastMoving;
+class HyCheckForceFrictionless;
+class HyCheckForceKinematicPart;
+class HyConstraint;
+class HyFrameSettle;
+class HyPart;
 class HySolverParameters;
 class HyUniverse;
 
@@ -22,6 +32,23 @@ public:
         kModeCollisionAndDynamics = 5,       ///< collision, dynamics, checks
         kModeDynamicsAndIntegrationOnly = 6, ///< dynamics, integration, checks
         kModeManual = 7,                     ///< the actions were set one by one
+    };
+
+    /// An application's word on what a check has found.
+    class HY_API CheckSubscriberCB {
+    public:
+        enum ReturnTypeEnum : int {
+            kReturnTypeEnumAccept = 0, ///< it is a failure
+            kReturnTypeEnumBreak = 1,  ///< it is a failure, and the check looks no further
+            kReturnTypeEnumIgnore = 2, ///< it is none
+        };
+
+        virtual ~CheckSubscriberCB() = default;
+        /// @param part null stands for the world
+        /// @param description what was found
+        virtual ReturnTypeEnum notifyCheckFailure(HyPart* part, const char* description);
+        virtual ReturnTypeEnum notifyCheckFailure(HyConstraint* constraint,
+                                                  const char* description);
     };
 
     /// A check: is called at fixed places of a step while it stands in getCheckSubscriberArray() and
@@ -46,8 +73,13 @@ public:
         /// Whether the check may print its findings.
         [[nodiscard]] bool getPrintOutput() const { return mPrintOutput; }
 
+        /// Not owned, null for none.
+        void setCheckSubscriberCB(CheckSubscriberCB* callback) { mCheckSubscriberCB = callback; }
+        [[nodiscard]] CheckSubscriberCB* getCheckSubscriberCB() const { return mCheckSubscriberCB; }
+
     private:
         bool mPrintOutput = false;
+        CheckSubscriberCB* mCheckSubscriberCB = nullptr;
     };
 
     static HyFrameStepperOption& instance();
@@ -61,6 +93,7 @@ public:
     void resetStepperMode();
 
     // Single actions. Setting one makes the mode kModeManual.
+    /// Off also disables the contacts that are there.
     void setUpdateActionCollision(bool on);
     void setUpdateActionDynamics(bool on);
     void setUpdateActionIntegrate(bool on);
@@ -89,7 +122,42 @@ public:
         return mForceIterativeSolverIterationCount;
     }
 
-    /// Lets all active checks print or not.
+    // Built-in checks (see HyStepChecks.h): off at first. They act while checks are on. One that is
+    // switched on is called after those that are; its settings stay while it is off.
+
+    void setSettle(bool on);
+    [[nodiscard]] bool getSettle() const;
+    void setCheckFastMoving(bool on);
+    [[nodiscard]] bool getCheckFastMoving() const;
+    void setCheckContactPenetration(bool on);
+    [[nodiscard]] bool getCheckContactPenetration() const;
+    void setCheckAcceleration(bool on);
+    [[nodiscard]] bool getCheckAcceleration() const;
+    void setCheckForceFrictionless(bool on);
+    [[nodiscard]] bool getCheckForceFrictionless() const;
+    /// Off also takes it back in constraints.
+    void setCheckForceKinematicPart(bool on);
+    [[nodiscard]] bool getCheckForceKinematicPart() const;
+
+    void setSettlingFactor(HyReal factor);
+    [[nodiscard]] HyReal getSettlingFactor();
+    /// Ratio of masses.
+    void setCheckForceKinematicPartMassThreshold(HyReal ratio);
+    [[nodiscard]] HyReal getCheckForceKinematicPartMassThreshold();
+    /// m
+    void setCheckContactPenetrationThreshold(HyReal penetration);
+    [[nodiscard]] HyReal getCheckContactPenetrationThreshold();
+    /// m/s^2; its square is stored.
+    void setCheckAccelerationLinearThreshold(HyReal acceleration);
+    [[nodiscard]] HyReal getCheckAccelerationLinearThreshold();
+    /// rad/s^2; its square is stored.
+    void setCheckAccelerationAngularThreshold(HyReal acceleration);
+    [[nodiscard]] HyReal getCheckAccelerationAngularThreshold();
+
+    /// HyUniverse::verifyDynamics() and verifyUniverseContent() of each universe.
+    void staticCheck() const;
+
+    /// Lets all active checks print or not, and built-in ones that are switched on later.
     void setVerbose(bool on);
     [[nodiscard]] bool getVerbose() const { return mVerbose; }
 
@@ -117,6 +185,11 @@ private:
     void timeOfImpactEvent(HyReal time);
     template <typename Call>
     void forEachCheck(Call call);
+    template <class Check>
+    Check& need(std::unique_ptr<Check>& check);
+    void setActive(CheckSubscriber& check, bool on);
+    [[nodiscard]] bool isActive(const CheckSubscriber* check) const;
+    static void disableContacts();
     void forceIterativeSolverPre();
     void forceIterativeSolverPost();
     bool restoreSolvers(HyUniverse& universe, std::size_t& next);
@@ -136,6 +209,12 @@ private:
     HyArray<SolverData> mSolverDataArray; ///< in the order of universes and groups
     std::size_t mSolverDataCount = 0;     ///< entries of this step
     HyArray<CheckSubscriber*> mCheckSubscriberArray;
+    std::unique_ptr<HyFrameSettle> mFrameSettle;
+    std::unique_ptr<HyCheckFastMoving> mCheckFastMoving;
+    std::unique_ptr<HyCheckContact> mCheckContact;
+    std::unique_ptr<HyCheckAcceleration> mCheckAcceleration;
+    std::unique_ptr<HyCheckForceFrictionless> mCheckForceFrictionless;
+    std::unique_ptr<HyCheckForceKinematicPart> mCheckForceKinematicPart;
     HyArray<CheckSubscriber*> mCheckWalk; ///< the checks of the hook that runs
 };
 

@@ -2,10 +2,11 @@
 
 #include "PluginImage.h"
 
+#include "../ForEachUniverse.h"
+
 #include <Hy/HyConstraint.h>
 #include <Hy/HyConstraintRegistry.h>
 #include <Hy/HyDynamicsExtensionRegistry.h>
-#include <Hy/HyFrame.h>
 #include <Hy/HyMessage.h>
 #include <Hy/HyUniverse.h>
 
@@ -47,17 +48,10 @@ void dropMembers(const PluginImage& image, const Objects& members, const char* w
         }
 }
 
-template <class Visit>
-void visitUniverses(Visit visit) {
-    const HyFrame* frame = HyFrame::currentInstance();
-    for (int i = 0; frame && i < frame->getUniverseCount(); ++i)
-        visit(*frame->getUniverse(i));
-}
-
 bool hasLeftAny(const PluginImage& image) {
     bool any = !objectsOf(image, HyDynamicsExtensionRegistry::instance().getFactories()).empty() ||
                !objectsOf(image, HyConstraintRegistry::instance().getFactories()).empty();
-    visitUniverses([&](const HyUniverse& universe) {
+    forEachUniverse([&](const HyUniverse& universe) {
         any = any || !objectsOf(image, universe.getExtensions()).empty() ||
               !objectsOf(image, universe.getConstraints()).empty();
     });
@@ -72,7 +66,7 @@ bool dropExtensions(const PluginImage& image) {
         return false; // perhaps this is a call out of one of them
     dropFactories(image, HyDynamicsExtensionRegistry::instance(), "an extension factory");
     dropFactories(image, HyConstraintRegistry::instance(), "a constraint factory");
-    visitUniverses([&image](const HyUniverse& universe) {
+    forEachUniverse([&image](const HyUniverse& universe) {
         dropMembers(image, universe.getExtensions(), "an extension");
         dropMembers(image, universe.getConstraints(), "a constraint");
     });
